@@ -1,0 +1,99 @@
+# Build helpers shared by the library, the programs, the tests and the benchmarks.
+
+add_library(tgui_warnings INTERFACE)
+target_compile_options(tgui_warnings INTERFACE -Wall -Wextra)
+if(TGUI_WERROR)
+  target_compile_options(tgui_warnings INTERFACE -Werror)
+endif()
+
+if(TGUI_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined
+                      -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
+if(TGUI_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    message(FATAL_ERROR "TGUI_FUZZ needs clang")
+  endif()
+  # Coverage for everything the fuzzers reach; only fuzz targets get the driver.
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
+# Adds every sub-folder of DIR that has its own CMakeLists.txt.
+function(tgui_add_subdirs dir)
+  file(GLOB children LIST_DIRECTORIES true "${CMAKE_CURRENT_SOURCE_DIR}/${dir}/*")
+  list(SORT children)
+  foreach(child IN LISTS children)
+    if(IS_DIRECTORY "${child}" AND EXISTS "${child}/CMakeLists.txt")
+      add_subdirectory("${child}")
+    endif()
+  endforeach()
+endfunction()
+
+set(TGUI_TEST_ENV
+    "QT_QPA_PLATFORM=offscreen"
+    "TGUI_SOURCE_DIR=${CMAKE_SOURCE_DIR}"
+    "TGUI_RUN_DIR=${CMAKE_SOURCE_DIR}/run"
+    "TGUI_BIN_DIR=${CMAKE_BINARY_DIR}/bin"
+    "ASAN_OPTIONS=detect_leaks=1:abort_on_error=1:strict_string_checks=1:detect_stack_use_after_return=0"
+    "UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1"
+    "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0")
+
+# One QtTest executable per source file: tgui_add_qtest(NAME src... [LIBS lib...] [TIMEOUT s])
+function(tgui_add_qtest name)
+  cmake_parse_arguments(T "" "TIMEOUT" "LIBS" ${ARGN})
+  add_executable(${name} ${T_UNPARSED_ARGUMENTS})
+  target_link_libraries(${name} PRIVATE TGUILib Qt5::Test tgui_warnings ${T_LIBS})
+  target_compile_definitions(${name} PRIVATE
+      TGUI_SOURCE_DIR="${CMAKE_SOURCE_DIR}" TGUI_BIN_DIR="${CMAKE_BINARY_DIR}/bin")
+  add_test(NAME ${name} COMMAND ${name})
+  if(NOT T_TIMEOUT)
+    set(T_TIMEOUT 300)
+  endif()
+  set_tests_properties(${name} PROPERTIES ENVIRONMENT "${TGUI_TEST_ENV}" TIMEOUT ${T_TIMEOUT})
+endfunction()
+
+# A libFuzzer target, run by CTest for SECONDS (default 60) when fuzzing is on.
+function(tgui_add_fuzzer name)
+  cmake_parse_arguments(F "" "SECONDS" "LIBS" ${ARGN})
+  if(NOT TGUI_FUZZ)
+    return()
+  endif()
+  if(NOT F_SECONDS)
+    set(F_SECONDS 60)
+  endif()
+  add_executable(${name} ${F_UNPARSED_ARGUMENTS})
+  target_link_libraries(${name} PRIVATE ${F_LIBS} tgui_warnings)
+  target_compile_options(${name} PRIVATE -fsanitize=fuzzer)
+  target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+  set(corpus "${CMAKE_CURRENT_BINARY_DIR}/${name}-corpus")
+  file(MAKE_DIRECTORY "${corpus}")
+  set(seeds "${CMAKE_CURRENT_SOURCE_DIR}/corpus/${name}")
+  add_test(NAME ${name}
+           COMMAND ${name} -max_total_time=${F_SECONDS} -rss_limit_mb=2048 -timeout=10
+                   -print_final_stats=1 "${corpus}" "${seeds}")
+  set_tests_properties(${name} PROPERTIES ENVIRONMENT "${TGUI_TEST_ENV}"
+                       TIMEOUT 600 LABELS fuzz)
+endfunction()
+
+# Every tst_*.cpp in the calling folder becomes tst_<folder>_<name>, linked with
+# the library and LIBS; helper sources shared by the folder's tests go in HELPERS.
+function(tgui_add_tests_in_dir)
+  cmake_parse_arguments(D "" "" "LIBS;HELPERS" ${ARGN})
+  get_filename_component(module "${CMAKE_CURRENT_SOURCE_DIR}" NAME)
+  file(GLOB tests CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/tst_*.cpp")
+  list(SORT tests)
+  foreach(src IN LISTS tests)
+    get_filename_component(base "${src}" NAME_WE)
+    string(REGEX REPLACE "^tst_" "" base "${base}")
+    tgui_add_qtest(tst_${module}_${base} ${src} ${D_HELPERS} LIBS ${D_LIBS})
+  endforeach()
+endfunction()
+
+# A benchmark program under bench/: prints its figures, never run by CTest.
+function(tgui_add_bench name)
+  cmake_parse_arguments(B "" "" "LIBS" ${ARGN})
+  add_executable(${name} ${B_UNPARSED_ARGUMENTS})
+  target_link_libraries(${name} PRIVATE TGUILib tgui_warnings ${B_LIBS})
+endfunction()

@@ -1,0 +1,3 @@
+#include "core/TavoGlobals.h"
+
+bool bRebootInitiated = false;

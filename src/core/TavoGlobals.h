@@ -1,0 +1,4 @@
+#pragma once
+// Set once the phone is going down: from then on the core link and the
+// supervision stop acting. One byte, read without locking from every thread.
+extern bool bRebootInitiated;

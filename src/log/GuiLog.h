@@ -1,0 +1,13 @@
+#pragma once
+// guiLog: the one log call of the toolkit. printf formats; levels 0 (most
+// detailed) to 5 (most severe), 8 always passes. Without an enabled log client
+// the text goes to qDebug.
+#include <cstdarg>
+
+typedef int UtilLogLevelT;
+
+class CTavoGuiLog;
+extern CTavoGuiLog* hostGuiLog;
+
+void guiLog(UtilLogLevelT level, const char* format, ...) __attribute__((format(printf, 2, 3)));
+void guiLogRaw(UtilLogLevelT level, const char* data);
