@@ -85,6 +85,14 @@ struct Bounds {
     }
 };
 
+// The event's global position; QPointF::toPoint() would overflow on a
+// position outside the integer range.
+QPoint globalPosOf(const QMouseEvent* e)
+{
+    const QPointF p = e->screenPos();
+    return QPoint(roundSat(p.x()), roundSat(p.y()));
+}
+
 QPoint clampToRange(const QPoint& p, const QPoint& max)
 {
     return QPoint(qMax(0, qMin(max.x(), p.x())), qMax(0, qMin(max.y(), p.y())));
@@ -243,7 +251,16 @@ void KineticScroll::setOrientations(Qt::Orientations o) { d->orientations = o; }
 Qt::Orientations KineticScroll::orientations() const { return d->orientations; }
 void KineticScroll::setMaxOffset(const QPoint& maxOffset) { d->maxOffset = maxOffset; }
 QPoint KineticScroll::maxOffset() const { return d->maxOffset; }
-void KineticScroll::setMaxSpeed(int maxSpeed) { d->maxSpeed = maxSpeed; }
+void KineticScroll::setMaxSpeed(int maxSpeed)
+{
+    // A negative limit would pin every speed at zero and a target would
+    // then never be reached.
+    if (maxSpeed < 0) {
+        guiLog(2, "KineticScroll::setMaxSpeed ignoring negative speed %d", maxSpeed);
+        return;
+    }
+    d->maxSpeed = maxSpeed;
+}
 int KineticScroll::maxSpeed() const { return d->maxSpeed; }
 void KineticScroll::setEaseOutLength(int length) { d->easeOutLength = length; }
 int KineticScroll::easeOutLength() const { return d->easeOutLength; }
@@ -479,7 +496,7 @@ void KineticScroll::handleMousePress(QMouseEvent* event)
         d->ignoreList.removeAll(event);
         return;
     }
-    d->pressPos = event->globalPos();
+    d->pressPos = globalPosOf(event);
 
     if (d->state == Steady) {
         event->accept();
@@ -510,7 +527,7 @@ void KineticScroll::handleMouseMove(QMouseEvent* event)
         return;
     }
 
-    const QPoint globalPos = event->globalPos();
+    const QPoint globalPos = globalPosOf(event);
     const QPoint drag = subtract(globalPos, d->pressPos);
 
     if (d->state == ManualScroll) {
@@ -566,7 +583,7 @@ void KineticScroll::handleMouseRelease(QMouseEvent* event)
         return;
     }
 
-    const QPoint globalPos = event->globalPos();
+    const QPoint globalPos = globalPosOf(event);
 
     if (d->state == ManualScroll) {
         QPoint drag = subtract(globalPos, d->pressPos);
