@@ -1,0 +1,18 @@
+#pragma once
+// One-dimensional Kalman filter: smooths a jittery coordinate (the pointer of
+// the text magnifier) without lagging far behind it.
+
+class CKalmanFilter
+{
+public:
+    CKalmanFilter(float q, float r);
+
+    // Feeds one measurement; the smoothed value is then in estimate.
+    void addMeasurment(float z);
+
+    float q;                 // process noise
+    float r;                 // measurement noise
+    float estimate;
+    float lastEstimate;
+    float errorCovariance;
+};
