@@ -4,6 +4,8 @@
 #include <cstdarg>
 
 #include "log/GuiLog.h"
+#include "log/UtilLog.h"
+#include "log/UtilLogC.h"
 
 class CTavoGuiLog
 {
@@ -19,6 +21,12 @@ public:
     void logRaw(UtilLogLevelT level, const char* data);
     // 7 when there is no client.
     static UtilLogLevelT getActiveLevel();
+    // True when the client would drop a message of `level` unformatted.
+    bool dropsLevel(UtilLogLevelT level) const
+    {
+        UtilLogC* client = m_hasClient ? utilLogGet() : nullptr;
+        return client && client->wouldDrop(level);
+    }
     // True when the name found a client.
     bool hasClient() const { return m_hasClient; }
 

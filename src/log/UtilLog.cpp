@@ -8,12 +8,14 @@
 #include <mutex>
 #include <sys/ipc.h>
 #include <sys/shm.h>
+#include <unistd.h>
 
 #include "log/Mq.h"
 #include "log/UtilLogC.h"
 
+UtilLogC* utilLogClient = nullptr;
+
 namespace {
-UtilLogC* g_client = nullptr;
 std::mutex g_sharedMutex;
 UtilLogSharedConfigT* g_shared = nullptr;
 int g_sharedId = -1;
@@ -44,25 +46,20 @@ int utilLogCreate(const char* label, int instance, UtilLogLevelT level, bool ini
         return -1;
     }
     utilLogDestroy();
-    g_client = new UtilLogC(label, instance, level, initialEntry);
+    utilLogClient = new UtilLogC(label, instance, level, initialEntry);
     return 0;
 }
 
 void utilLogDestroy()
 {
-    delete g_client;
-    g_client = nullptr;
-}
-
-UtilLogC* utilLogGet()
-{
-    return g_client;
+    delete utilLogClient;
+    utilLogClient = nullptr;
 }
 
 void utilVlog(UtilLogLevelT level, const char* format, va_list args)
 {
-    if (g_client)
-        g_client->vlog(level, format, args);
+    if (utilLogClient)
+        utilLogClient->vlog(level, format, args);
 }
 
 void utilLog(UtilLogLevelT level, const char* format, ...)
@@ -75,21 +72,21 @@ void utilLog(UtilLogLevelT level, const char* format, ...)
 
 void utilLogRawData(UtilLogLevelT level, const char* data, int length)
 {
-    if (g_client)
-        g_client->logRawData(level, data, length);
+    if (utilLogClient)
+        utilLogClient->logRawData(level, data, length);
 }
 
 int utilLogLevelSet(UtilLogLevelT level)
 {
-    if (!g_client || level < 0 || level > UTIL_LOG_LEVEL_NEVER)
+    if (!utilLogClient || level < 0 || level > UTIL_LOG_LEVEL_NEVER)
         return -1;
-    g_client->setLevel(level);
+    utilLogClient->setLevel(level);
     return 0;
 }
 
 UtilLogLevelT utilLogActiveLevelGet()
 {
-    return g_client ? g_client->getActiveLevel() : UTIL_LOG_LEVEL_NEVER;
+    return utilLogClient ? utilLogClient->getActiveLevel() : UTIL_LOG_LEVEL_NEVER;
 }
 
 static bool parseLevel(const char* text, int* level)
@@ -147,7 +144,12 @@ int utilLogSharedConfigInit()
     std::lock_guard<std::mutex> lock(g_sharedMutex);
     if (g_shared)
         return 0;
-    const int id = shmget(utilLogSharedKey(), UTIL_LOG_SHARED_SIZE, IPC_CREAT | 0666);
+    bool created = true;
+    int id = shmget(utilLogSharedKey(), UTIL_LOG_SHARED_SIZE, IPC_CREAT | IPC_EXCL | 0666);
+    if (id < 0 && errno == EEXIST) {
+        created = false;
+        id = shmget(utilLogSharedKey(), UTIL_LOG_SHARED_SIZE, 0);
+    }
     if (id < 0) {
         utilLogInternalError("utilLogSharedConfigInit: shmget failed: %s", strerror(errno));
         return -1;
@@ -158,7 +160,14 @@ int utilLogSharedConfigInit()
         return -1;
     }
     auto* config = static_cast<UtilLogSharedConfigT*>(base);
-    if (config->magic != UTIL_LOG_SHARED_MAGIC) {
+    // Whoever made the segment writes the magic last; give a creator that is
+    // still at it a moment before taking a segment without magic as garbage.
+    for (int i = 0; !created && i < 20; ++i) {
+        if (__atomic_load_n(&config->magic, __ATOMIC_ACQUIRE) == UTIL_LOG_SHARED_MAGIC)
+            break;
+        usleep(5000);
+    }
+    if (__atomic_load_n(&config->magic, __ATOMIC_ACQUIRE) != UTIL_LOG_SHARED_MAGIC) {
         memset(base, 0, UTIL_LOG_SHARED_SIZE);
         config->generation = 1;
         __atomic_store_n(&config->magic, UTIL_LOG_SHARED_MAGIC, __ATOMIC_RELEASE);

@@ -19,7 +19,11 @@ int utilLogCreate(const char* label, int instance, UtilLogLevelT level, bool ini
 // Ends the process's client (the next utilLogCreate makes a new one).
 void utilLogDestroy();
 // The process's client, or null.
-UtilLogC* utilLogGet();
+extern UtilLogC* utilLogClient;
+inline UtilLogC* utilLogGet()
+{
+    return utilLogClient;
+}
 
 void utilLog(UtilLogLevelT level, const char* format, ...) __attribute__((format(printf, 2, 3)));
 void utilVlog(UtilLogLevelT level, const char* format, va_list args);

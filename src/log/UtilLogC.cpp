@@ -106,8 +106,25 @@ void UtilLogC::attachIfDue()
     updateParamsFromSharedMemory();
 }
 
+// The first process makes the segment, as it makes the queue, so that a tool
+// started later reaches every process at its next message.
+static void createSharedIfMissing()
+{
+    const int id = shmget(utilLogSharedKey(), UTIL_LOG_SHARED_SIZE, IPC_CREAT | IPC_EXCL | 0666);
+    if (id < 0)
+        return;
+    void* base = shmat(id, nullptr, 0);
+    if (base == (void*)-1)
+        return;
+    auto* config = static_cast<UtilLogSharedConfigT*>(base);
+    config->generation = 1;
+    __atomic_store_n(&config->magic, UTIL_LOG_SHARED_MAGIC, __ATOMIC_RELEASE);
+    shmdt(base);
+}
+
 bool UtilLogC::attachShared()
 {
+    createSharedIfMissing();
     const int id = shmget(utilLogSharedKey(), UTIL_LOG_SHARED_SIZE, 0);
     if (id < 0)
         return false;

@@ -36,6 +36,19 @@ public:
     // Sends the statistics record of the period that is running now.
     void addLogStatistics();
 
+    // True when a message of `level` would certainly be dropped: the check
+    // guiLog makes before it formats anything. False whenever the full path
+    // has work to do (a new shared generation, statistics, no segment yet).
+    bool wouldDrop(UtilLogLevelT level)
+    {
+        if (!connected || statsEnabled || level == UTIL_LOG_LEVEL_ALWAYS)
+            return false;
+        if (!sharedBase || __atomic_load_n(&sharedBase[1], __ATOMIC_ACQUIRE) != sharedGeneration)
+            return false;
+        return level > UTIL_LOG_LEVEL_MAX_FILTERED
+               || level < __atomic_load_n(&this->level, __ATOMIC_RELAXED);
+    }
+
     bool isConnected() const { return connected; }
     unsigned getMissedMessages() const { return __atomic_load_n(&missedMessages, __ATOMIC_RELAXED); }
     const char* getLabel() const { return label; }
