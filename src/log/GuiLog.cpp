@@ -9,6 +9,9 @@ CTavoGuiLog* hostGuiLog = nullptr;
 
 void guiLog(UtilLogLevelT level, const char* format, ...)
 {
+    CTavoGuiLog* log = hostGuiLog;
+    if (log && CTavoGuiLog::m_bEnabled && log->dropsLevel(level))
+        return;
     va_list args;
     va_start(args, format);
     if (hostGuiLog && CTavoGuiLog::m_bEnabled) {

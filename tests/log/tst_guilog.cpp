@@ -1,9 +1,13 @@
 // guiLog before any log client: the text goes to qDebug, formatted with printf
-// rules into a buffer of 16383 characters.
+// rules into a buffer of 16383 characters. With a client and the core link up,
+// it goes to the log queue instead.
 #include <QtTest>
 
+#include "LogTestSupport.h"
 #include "log/CTavoGuiLog.h"
 #include "log/GuiLog.h"
+#include "log/UtilLog.h"
+#include "log/UtilLogC.h"
 
 namespace {
 QStringList captured;
@@ -17,6 +21,15 @@ class TestGuiLog : public QObject
 {
     Q_OBJECT
 private slots:
+    void initTestCase() { logtest::useRunNames("guilog"); }
+    void cleanupTestCase()
+    {
+        delete hostGuiLog;
+        hostGuiLog = nullptr;
+        CTavoGuiLog::m_bEnabled = false;
+        utilLogDestroy();
+        utilLogSharedConfigRemove();
+    }
     void init()
     {
         captured.clear();
@@ -44,6 +57,61 @@ private slots:
         guiLogRaw(2, "100% raw %s");
         guiLogRaw(2, nullptr);
         QCOMPARE(captured, QStringList() << "100% raw %s");
+    }
+
+    void nameOutsideTableHasNoClient()
+    {
+        logtest::Receiver receiver;
+        CTavoGuiLog log("zedagui", 0, true);
+        QVERIFY(!log.hasClient());
+        QCOMPARE(CTavoGuiLog::getActiveLevel(), 7);
+        hostGuiLog = &log;
+        CTavoGuiLog::m_bEnabled = true;
+        guiLog(5, "still to the console");
+        hostGuiLog = nullptr;
+        CTavoGuiLog::m_bEnabled = false;
+        QCOMPARE(captured, QStringList() << "still to the console");
+        QVERIFY(receiver.drain().isEmpty());
+    }
+
+    void eachTableNameGetsItsLabel()
+    {
+        logtest::Receiver receiver;
+        for (const char* name : {"tgui", "brow", "osd", "pdc", "ec", "dbs", "qml", "em"}) {
+            CTavoGuiLog log(name, 0, true);
+            QVERIFY(log.hasClient());
+            QCOMPARE(CTavoGuiLog::getActiveLevel(), 4);
+            const QVector<QByteArray> records = receiver.drain();
+            QCOMPARE(records.size(), 1);
+            const utilLogMsg msg = logtest::asText(records[0]);
+            QCOMPARE(QByteArray(msg.label), QByteArray(name));
+            QCOMPARE(msg.level, 8);
+        }
+    }
+
+    void queueOnlyWhileEnabled()
+    {
+        logtest::Receiver receiver;
+        hostGuiLog = new CTavoGuiLog("tgui", 0, false);
+        guiLog(5, "before the core link %d", 1);
+        QCOMPARE(captured, QStringList() << "before the core link 1");
+        QVERIFY(receiver.drain().isEmpty());
+
+        captured.clear();
+        CTavoGuiLog::m_bEnabled = true;
+        guiLog(5, "linked %s", "up");
+        guiLog(3, "below the level");
+        guiLog(7, "never sent");
+        guiLog(8, "always sent");
+        guiLogRaw(4, "raw one\r\nraw two");
+        QVERIFY(captured.isEmpty());
+        QCOMPARE(logtest::texts(receiver.drain()),
+                 QStringList({"linked up", "always sent", "raw one", "raw two"}));
+
+        CTavoGuiLog::m_bEnabled = false;
+        guiLog(5, "link down");
+        QCOMPARE(captured, QStringList() << "link down");
+        QVERIFY(receiver.drain().isEmpty());
     }
 };
 

@@ -1,0 +1,201 @@
+// tgui-logd: the log server. Drains the log queue and writes one readable line
+// per record: time, label, level, text and the count of messages the client
+// could not deliver before it. Statistics records become one line each.
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <fcntl.h>
+#include <unistd.h>
+#include <vector>
+
+#include "log/RtosProtMsgQ.h"
+#include "log/UtilLog.h"
+#include "log/UtilLogMsg.h"
+
+namespace {
+volatile sig_atomic_t g_stop = 0;
+
+void onSignal(int)
+{
+    g_stop = 1;
+}
+
+void usage(FILE* out)
+{
+    fprintf(out,
+            "usage: tgui-logd [-q queue] [-o file] [-n count] [-u]\n"
+            "  -q queue  queue name (default: $TGUI_LOG_QUEUE or smqlogq)\n"
+            "  -o file   append lines to file instead of standard output\n"
+            "  -n count  stop after count records\n"
+            "  -u        remove the queue's name when stopping\n");
+}
+
+void timeText(time_t seconds, char* out, size_t size)
+{
+    struct tm tm;
+    if (!localtime_r(&seconds, &tm) || strftime(out, size, "%Y-%m-%d %H:%M:%S", &tm) == 0)
+        snprintf(out, size, "%lld", (long long)seconds);
+}
+
+// Labels and texts come from other processes: bound and sanitise them.
+void copyText(char* out, const char* in, size_t max)
+{
+    size_t n = strnlen(in, max);
+    for (size_t i = 0; i < n; ++i) {
+        const unsigned char c = (unsigned char)in[i];
+        out[i] = (c < 0x20 && c != '\t') || c == 0x7f ? '?' : (char)c;
+    }
+    out[n] = '\0';
+}
+
+void writeText(FILE* out, const utilLogMsg& msg)
+{
+    char when[32], label[8], text[sizeof msg.text + 1];
+    timeText((time_t)msg.time, when, sizeof when);
+    copyText(label, msg.label, UTIL_LOG_LABEL_MAX);
+    copyText(text, msg.text, UTIL_LOG_TEXT_MAX);
+    fprintf(out, "%s %-5s <%d> %s", when, label, (int)msg.level, text);
+    if (msg.missed)
+        fprintf(out, " [missed %u]", msg.missed);
+    fputc('\n', out);
+}
+
+void writeStats(FILE* out, const utilLogStatsMsg& msg)
+{
+    char when[32], label[8];
+    timeText(time(nullptr), when, sizeof when);
+    copyText(label, msg.label, UTIL_LOG_LABEL_MAX);
+    fprintf(out, "%s %-5s <stats> %u ms", when, label, msg.elapsedMs);
+    for (int lv = 0; lv < UTIL_LOG_LEVELS; ++lv) {
+        const uint32_t* c = msg.counters[lv];
+        fprintf(out, " L%d=%u,%u/s,%u/%u/%u", lv, c[UTIL_LOG_STAT_COUNT], c[UTIL_LOG_STAT_RATE],
+                c[UTIL_LOG_STAT_DECAY1], c[UTIL_LOG_STAT_DECAY2], c[UTIL_LOG_STAT_DECAY3]);
+    }
+    if (msg.missed)
+        fprintf(out, " [missed %u]", msg.missed);
+    fputc('\n', out);
+}
+
+// Returns true for a record that was written.
+bool writeRecord(FILE* out, const char* data, int size)
+{
+    uint32_t type = 0;
+    if (size >= 4)
+        memcpy(&type, data, 4);
+    if (type == UTIL_LOG_MSG_TEXT && size >= (int)offsetof(utilLogMsg, text)) {
+        utilLogMsg msg;
+        memset(&msg, 0, sizeof msg);
+        memcpy(&msg, data, size < (int)sizeof msg ? size : sizeof msg);
+        writeText(out, msg);
+        return true;
+    }
+    if (type == UTIL_LOG_MSG_STATS && size >= (int)sizeof(utilLogStatsMsg)) {
+        utilLogStatsMsg msg;
+        memcpy(&msg, data, sizeof msg);
+        writeStats(out, msg);
+        return true;
+    }
+    fprintf(out, "tgui-logd: ignored record of type %u and %d bytes\n", type, size);
+    return false;
+}
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    const char* outPath = nullptr;
+    long long limit = -1;
+    bool unlinkAtEnd = false;
+    int opt;
+    while ((opt = getopt(argc, argv, "q:o:n:uh")) != -1) {
+        switch (opt) {
+        case 'q':
+            setenv("TGUI_LOG_QUEUE", optarg, 1);
+            break;
+        case 'o':
+            outPath = optarg;
+            break;
+        case 'n':
+            limit = atoll(optarg);
+            break;
+        case 'u':
+            unlinkAtEnd = true;
+            break;
+        case 'h':
+            usage(stdout);
+            return 0;
+        default:
+            usage(stderr);
+            return 2;
+        }
+    }
+
+    FILE* out = stdout;
+    if (outPath) {
+        out = fopen(outPath, "a");
+        if (!out) {
+            fprintf(stderr, "tgui-logd: cannot open %s: %s\n", outPath, strerror(errno));
+            return 1;
+        }
+    }
+    static char outBuffer[1 << 16];
+    setvbuf(out, outBuffer, _IOFBF, sizeof outBuffer);
+
+    struct sigaction action;
+    memset(&action, 0, sizeof action);
+    action.sa_handler = onSignal;  // no SA_RESTART: a blocked receive returns
+    sigaction(SIGTERM, &action, nullptr);
+    sigaction(SIGINT, &action, nullptr);
+
+    rtosProtMsgQInfo info;
+    rtosProtMsgQInfoZero(&info);
+    rtosProtMsgQInfoSetName(&info, utilLogQueueName());
+    rtosProtMsgQCreate(&info, UTIL_LOG_QUEUE_CAPACITY, (int)sizeof(utilLogMsg),
+                       RTOS_PROT_MSGQ_OPT_BLOCKING);
+    rtosProtMsgQ waiting = utilLogQueueOpen(&info, RTOS_PROT_MSGQ_MODE_RX);
+    // A second, non-blocking handle drains bursts; the output is flushed only
+    // when the queue runs dry.
+    rtosProtMsgQInfoSetOptions(&info, 0);
+    rtosProtMsgQ draining = waiting ? rtosProtMsgQOpenExisting(&info, RTOS_PROT_MSGQ_MODE_RX)
+                                    : nullptr;
+    if (!waiting || !draining) {
+        fprintf(stderr, "tgui-logd: cannot open queue %s\n", info.name);
+        rtosProtMsgQClose(waiting);
+        return 1;
+    }
+    struct mq_attr attr;
+    mq_getattr(draining->mqd, &attr);
+    std::vector<char> buffer((size_t)attr.mq_msgsize + 1);
+    fprintf(stderr, "tgui-logd: reading %s (%ld records of %ld bytes)\n", info.name,
+            (long)attr.mq_maxmsg, (long)attr.mq_msgsize);
+
+    unsigned long long records = 0, ignored = 0;
+    while (!g_stop && (limit < 0 || (long long)records < limit)) {
+        int n = rtosProtMsgQReceive(draining, buffer.data(), (int)attr.mq_msgsize, -1);
+        if (n < 0 && errno == EAGAIN) {
+            fflush(out);
+            n = rtosProtMsgQReceive(waiting, buffer.data(), (int)attr.mq_msgsize, -1);
+        }
+        if (n < 0) {
+            if (errno == EINTR || errno == EAGAIN)
+                continue;
+            fprintf(stderr, "tgui-logd: receive failed: %s\n", strerror(errno));
+            break;
+        }
+        if (writeRecord(out, buffer.data(), n))
+            ++records;
+        else
+            ++ignored;
+    }
+    fflush(out);
+    fprintf(stderr, "tgui-logd: %llu records, %llu ignored\n", records, ignored);
+    rtosProtMsgQClose(draining);
+    rtosProtMsgQClose(waiting);
+    if (unlinkAtEnd)
+        rtosProtMsgQDelete(&info);
+    if (out != stdout)
+        fclose(out);
+    return 0;
+}

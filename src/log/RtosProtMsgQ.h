@@ -1,0 +1,53 @@
+#pragma once
+// rtosProtMsgQ...: the phone's real-time style queue interface over POSIX
+// message queues. A description (`rtosProtMsgQInfo`) is filled first; opening
+// it gives a handle that owns the queue descriptor.
+#include <mqueue.h>
+
+// Longest part of a queue name taken from the caller; the stored name is "/"
+// followed by it and a NUL.
+#define RTOS_PROT_MSGQ_NAME_MAX 251
+// Option bit 4: the queue blocks; without it every operation is non-blocking.
+#define RTOS_PROT_MSGQ_OPT_BLOCKING 0x10
+// Open modes: receive, send, both. The queue itself is always opened read-write.
+#define RTOS_PROT_MSGQ_MODE_RX 1
+#define RTOS_PROT_MSGQ_MODE_TX 2
+#define RTOS_PROT_MSGQ_MODE_RXTX 3
+
+struct LinuxProtMsgQIdT
+{
+    int flags;     // open flags: O_NONBLOCK (2048) unless option bit 4 is set
+    int capacity;  // messages the queue holds
+    int msgSize;   // largest message in bytes
+    int options;   // options as given
+    int mode;      // mode of the open handle
+    mqd_t mqd;     // descriptor of an open handle, -1 in a plain description
+    char name[256];
+    int reserved[2];
+};
+static_assert(sizeof(LinuxProtMsgQIdT) == 288, "queue description is 288 bytes");
+
+typedef LinuxProtMsgQIdT rtosProtMsgQInfo;
+// An open queue; null when opening failed.
+typedef LinuxProtMsgQIdT* rtosProtMsgQ;
+
+void rtosProtMsgQInfoZero(rtosProtMsgQInfo* info);
+void rtosProtMsgQInfoSetOptions(rtosProtMsgQInfo* info, int options);
+void rtosProtMsgQInfoSetName(rtosProtMsgQInfo* info, const char* name);
+// Stores capacity, size and options; no system call. 0, or -1 for a null description.
+int rtosProtMsgQCreate(rtosProtMsgQInfo* info, int capacity, int messageSize, int options);
+// Opens (and creates if needed) the described queue.
+rtosProtMsgQ rtosProtMsgQOpen(const rtosProtMsgQInfo* info, int mode);
+// Opens the described queue only if it exists.
+rtosProtMsgQ rtosProtMsgQOpenExisting(const rtosProtMsgQInfo* info, int mode);
+int rtosProtMsgQClose(rtosProtMsgQ queue);
+// Timeouts are in ticks: negative waits for ever, 0 does not wait.
+int rtosProtMsgQSend(rtosProtMsgQ queue, const void* data, int size, int timeoutTicks,
+                     unsigned priority);
+// Bytes received, or -1.
+int rtosProtMsgQReceive(rtosProtMsgQ queue, void* buffer, int size, int timeoutTicks);
+int rtosProtMsgQNumMsgs(rtosProtMsgQ queue);
+// Removes the queue's name from the system; open handles keep working.
+int rtosProtMsgQDelete(const rtosProtMsgQInfo* info);
+int rtosLinuxProtGetTicksPerSec();
+void rtosLinuxProtMsgQErrorShow(const char* function, const rtosProtMsgQInfo* info);
