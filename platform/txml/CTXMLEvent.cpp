@@ -59,8 +59,9 @@ void escape(std::string& out, const char* text, bool attribute)
             ++p;
             continue;
         case '\t': case '\n': case '\r':
-            // Attribute values normalise white space; keep them as references.
-            if (attribute) {
+            // Attribute values normalise white space and text normalises
+            // line ends: keep what would change as references.
+            if (attribute || c == '\r') {
                 char ref[8];
                 std::snprintf(ref, sizeof ref, "&#%u;", c);
                 out += ref;

@@ -8,7 +8,7 @@
 class CTXMLSoftkey
 {
 public:
-    enum SoftkeyTypeT { SoftkeyNormal = 0, SoftkeyPermanent = 1, SoftkeyContextSensitive = 2,
+    enum SoftkeyTypeT : int { SoftkeyNormal = 0, SoftkeyPermanent = 1, SoftkeyContextSensitive = 2,
                         SoftkeyLocal = 3 };
 
     char url[TXML_URI_SIZE];          // event sent on press

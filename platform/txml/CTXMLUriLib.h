@@ -9,7 +9,7 @@
 #include "CTXMLUriParser.h"
 
 // URI types. TxmlUriUnknown is what type() gives for a text not in the table.
-enum TxmlUriType_T {
+enum TxmlUriType_T : int {
     TxmlUriUnknown = -1,
     TxmlUriBack = 0,                 // local: back softkey
     TxmlUriExit = 2,                 // local: leave the screen
@@ -46,7 +46,7 @@ enum TxmlUriType_T {
 };
 
 // Variable names.
-enum TxmlVariableName_T {
+enum TxmlVariableName_T : int {
     TxmlVarUnknown = -1,
     TxmlVarX = 0,                    // x of a window move
     TxmlVarY = 1,                    // y of a window move
@@ -86,7 +86,7 @@ enum TxmlVariableName_T {
 };
 
 // Simulator document types (qwsType).
-enum TxmlQwsType_T {
+enum TxmlQwsType_T : int {
     TxmlQwsUnknown = -1,
     TxmlQwsMove = 0,                 // move the window
     TxmlQwsShow = 1,                 // show the manager

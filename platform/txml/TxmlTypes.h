@@ -37,15 +37,15 @@ enum TxmlFlagsT : unsigned int {
 };
 
 // Importance of a key or item: 0 none, 1 normal, 2 high, 3 urgent.
-enum ItemPriorityT { ItemPriorityNone = 0, ItemPriorityNormal = 1, ItemPriorityHigh = 2,
+enum ItemPriorityT : int { ItemPriorityNone = 0, ItemPriorityNormal = 1, ItemPriorityHigh = 2,
                      ItemPriorityUrgent = 3 };
 
 // How a set of softkeys wants to be laid out.
-enum SoftkeyLayoutTypeT { SoftkeyLayoutDefault = 0, SoftkeyLayoutCompact = 1,
+enum SoftkeyLayoutTypeT : int { SoftkeyLayoutDefault = 0, SoftkeyLayoutCompact = 1,
                           SoftkeyLayoutWide = 2, SoftkeyLayoutHidden = 3 };
 
 // What a set of softkeys belongs to.
-enum tavoElementTypeT { tavoElementNone = 0, tavoElementSoftkeys = 1, tavoElementMenu = 2,
+enum tavoElementTypeT : int { tavoElementNone = 0, tavoElementSoftkeys = 1, tavoElementMenu = 2,
                         tavoElementPopup = 3, tavoElementLocal = 4 };
 
 namespace txml {
