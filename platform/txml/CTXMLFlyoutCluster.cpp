@@ -19,12 +19,21 @@ int CTXMLFlyoutCluster::add(const CTXMLFlyoutItem& item)
     return count() - 1;
 }
 
+CTXMLFlyoutItem* CTXMLFlyoutCluster::append()
+{
+    if (count() >= TXML_MAX_FLYOUT_ITEMS)
+        return nullptr;
+    m_items.emplace_back();
+    return &m_items.back();
+}
+
 CTXMLFlyoutItem& CTXMLFlyoutCluster::operator[](int i)
 {
     if (i >= 0 && i < count())
         return m_items[static_cast<std::size_t>(i)];
-    m_spare.reset();
-    return m_spare;
+    static thread_local CTXMLFlyoutItem spare;
+    spare.reset();
+    return spare;
 }
 
 const CTXMLFlyoutItem& CTXMLFlyoutCluster::operator[](int i) const

@@ -15,6 +15,8 @@ public:
             bool hasQuickAccess = true, const char* abbreviation = nullptr);
     // Appends a copy; -1 when full.
     int add(const CTXMLFlyoutItem& item);
+    // A new blank item at the end; null when the cluster is full.
+    CTXMLFlyoutItem* append();
     int count() const { return static_cast<int>(m_items.size()); }
     bool isEmpty() const { return m_items.empty(); }
     // Out of range gives a blank item (a spare of the cluster), never a fault.
@@ -28,5 +30,4 @@ public:
 
 private:
     std::vector<CTXMLFlyoutItem> m_items;
-    CTXMLFlyoutItem m_spare;
 };

@@ -4,8 +4,9 @@ CTXMLLineKey& CTXMLLineKeys::operator[](int i)
 {
     if (i >= 0 && i < count())
         return m_keys[static_cast<std::size_t>(i)];
-    m_spare.reset();
-    return m_spare;
+    static thread_local CTXMLLineKey spare;
+    spare.reset();
+    return spare;
 }
 
 const CTXMLLineKey& CTXMLLineKeys::operator[](int i) const

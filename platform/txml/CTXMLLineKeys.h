@@ -17,5 +17,4 @@ public:
 
 private:
     std::vector<CTXMLLineKey> m_keys;
-    CTXMLLineKey m_spare;
 };

@@ -6,8 +6,9 @@ CTXMLSoftkey& CTXMLSoftkeys::operator[](int i)
 {
     if (i >= 0 && i < TXML_MAX_SOFTKEYS)
         return keys[i];
-    m_spare.reset();
-    return m_spare;
+    static thread_local CTXMLSoftkey spare;
+    spare.reset();
+    return spare;
 }
 
 const CTXMLSoftkey& CTXMLSoftkeys::operator[](int i) const
@@ -65,5 +66,13 @@ void CTXMLSoftkeys::reset(tavoElementTypeT type)
         key.reset();
     count = 0;
     elementType = type;
-    m_spare.reset();
+}
+
+CTXMLSoftkey* CTXMLSoftkeys::append()
+{
+    if (count < 0 || count >= TXML_MAX_SOFTKEYS)
+        return nullptr;
+    CTXMLSoftkey* key = &keys[count++];
+    key->reset();
+    return key;
 }

@@ -30,8 +30,7 @@ public:
     // First used key whose url begins with prefix ("softkey:539-"); -1 when none.
     int findItemByUrl(const char* prefix) const;
     void reset(tavoElementTypeT type = tavoElementSoftkeys);
+    // The next free entry, reset, counted as used; null when all 20 are used.
+    CTXMLSoftkey* append();
     int size() const { return count; }
-
-private:
-    CTXMLSoftkey m_spare;
 };

@@ -105,19 +105,26 @@ void readIcon(CTXMLIcon& icon, const XML_Char** atts)
 
 void readItem(CTXMLFlyoutCluster& cluster, const XML_Char** atts)
 {
-    CTXMLFlyoutItem item;
+    CTXMLFlyoutItem* entry = cluster.append();
+    if (!entry)
+        return;  // beyond the limit an item is dropped
+    CTXMLFlyoutItem& item = *entry;
     CTXMLIcon icon;
     readIcon(icon, atts);
     item.set(attr(atts, "label"), attr(atts, "url"), attr(atts, "badge"), &icon,
              flag(atts, "enabled", true), attr(atts, "value"), flag(atts, "selected", false),
              flag(atts, "quick", true), attr(atts, "abbr"));
     text(item.data, sizeof item.data, atts, "data");
-    cluster.add(item);  // beyond the limit an item is dropped
 }
 
-void readSoftkey(CTXMLSoftkeys& keys, const XML_Char** atts)
+// Fills the next entry in place; a 21st key is dropped: a document has 20.
+bool readSoftkey(CTXMLSoftkeys& keys, const XML_Char** atts)
 {
-    CTXMLSoftkey key;
+    const int index = keys.count;
+    CTXMLSoftkey* entry = keys.append();
+    if (!entry)
+        return false;
+    CTXMLSoftkey& key = *entry;
     key.set(attr(atts, "label"), attr(atts, "url"), static_cast<int>(number(atts, "position", -1)),
             static_cast<CTXMLSoftkey::SoftkeyTypeT>(number(atts, "type", 0, 0, 3)),
             attr(atts, "url2"), attr(atts, "url3"), attr(atts, "values"),
@@ -126,9 +133,9 @@ void readSoftkey(CTXMLSoftkeys& keys, const XML_Char** atts)
             static_cast<CTXMLIcon::tavoIcon>(number(atts, "icon", 0, 0, CTXMLIcon::TAVO_ICON_MAX)),
             static_cast<SoftkeyLayoutTypeT>(number(atts, "layout", 0, 0, 3)));
     text(key.iconName, sizeof key.iconName, atts, "iconName");
-    key.id = static_cast<int>(number(atts, "id", keys.count));
+    key.id = static_cast<int>(number(atts, "id", index));
     key.extent = static_cast<int>(number(atts, "extent", 0));
-    keys.add(key);  // a 21st key is dropped: a document has 20
+    return true;
 }
 
 void readLineKey(CTXMLLineKeys& keys, const XML_Char** atts)
@@ -233,11 +240,8 @@ ContextT open(Reader& r, const char* name, const XML_Char** atts)
             readTranslation(root->translations, atts);
         return InSkipped;
     case InSoftkeys:
-        if (is(name, "Softkey")) {
-            const int before = root->softkeys.count;
-            readSoftkey(root->softkeys, atts);
-            return root->softkeys.count > before ? InSoftkey : InSkipped;
-        }
+        if (is(name, "Softkey"))
+            return readSoftkey(root->softkeys, atts) ? InSoftkey : InSkipped;
         return InSkipped;
     case InSoftkey:
         if (is(name, "Item") && root->softkeys.count > 0)
