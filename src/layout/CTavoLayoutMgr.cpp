@@ -58,6 +58,8 @@ void sendThrough(CTavoCoreCommunicator* com, const char* text, GuiAppsT destinat
 CTavoLayoutMgr::CTavoLayoutMgr(QWidget* parent, Qt::WindowFlags flags, bool noCoreLink)
     : QWidget(parent, flags)
 {
+    // Queued listeners of receivedTranslations need the type by name.
+    qRegisterMetaType<QHash<QString, QString>>("QHash<QString,QString>");
     initializeSettings();
     setManagerStyle(m_skinFile, true);
     qputenv("DAISY_CHAINED_DEVICE", "0");
