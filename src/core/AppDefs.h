@@ -6,7 +6,9 @@
 #include <cstdint>
 
 // One bit per peer process; a destination may be a mask of several.
-enum GuiAppsT {
+// Fixed underlying type: a frame may carry any 32-bit mask, and holding it
+// in the enum must stay defined behaviour.
+enum GuiAppsT : int {
     GuiAppsNone = 0,
     GuiAppsZedagui = 1 << 0,
     GuiAppsBrowser = 1 << 1,
@@ -22,7 +24,7 @@ enum GuiAppsT {
     GuiAppsEm = 1 << 11
 };
 
-enum GuiAppsMsgTypeT {
+enum GuiAppsMsgTypeT : int {
     GuiAppsMsgTxml = 0,
     GuiAppsMsgDb = 1,
     GuiAppsMsgReserved = 2,
@@ -46,3 +48,29 @@ static_assert(offsetof(GuiAppsMsgHdrT, destination) == 8, "header layout");
 static_assert(offsetof(GuiAppsMsgHdrT, msgType) == 12, "header layout");
 static_assert(offsetof(GuiAppsMsgHdrT, checksum) == 13, "header layout");
 static_assert(offsetof(GuiAppsMsgHdrT, reserved) == 14, "header layout");
+
+// Number of peers in the name table; bit i of a GuiAppsT is row i.
+enum { GuiAppsCount = 12 };
+
+// Name of the peer, or null when none of the low 12 bits is set. With several
+// bits set, the highest of them names the peer.
+const char* appDefsName(GuiAppsT app);
+// The bit of the peer whose name equals the text exactly, or 0.
+GuiAppsT appDefsType(const char* name);
+// Finds the first peer of the table whose name occurs in the registration
+// text, stores its bit in app, its name in name (strncpy, nameLen) and the text
+// from offset strlen(text) - strlen(name) + 1 in extra (strncpy, extraLen).
+// Returns app; with no peer found nothing is touched.
+GuiAppsT appDefsParseRegsitration(const char* text, GuiAppsT& app, char* name, char* extra,
+                                  int nameLen, int extraLen);
+void appDefsAssembleHdr(GuiAppsMsgHdrT& hdr, GuiAppsT source, GuiAppsT destination, int length,
+                        GuiAppsMsgTypeT type);
+// Non-zero for a valid header; 0 for an invalid one or a null pointer.
+int appDefsIsValidHdr(const GuiAppsMsgHdrT* hdr);
+// Non-zero and the fields filled for a valid header; 0 and outputs untouched otherwise.
+int appDefsParseHeader(const void* raw, GuiAppsT& source, GuiAppsT& destination, int& length,
+                       GuiAppsMsgTypeT& type);
+int appDefsHeaderLength();
+// Header plus payload in one new array, released by the caller with delete[].
+char* appDefsAssembleMessage(GuiAppsT source, GuiAppsT destination, const void* payload, int length,
+                             GuiAppsMsgTypeT type);

@@ -1,0 +1,323 @@
+#include "CoreServer.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QHostAddress>
+#include <QSslConfiguration>
+#include <QSslSocket>
+#include <QTextStream>
+#include <cstdio>
+#include <cstring>
+
+#include "CTXMLUriLib.h"
+
+namespace {
+void out(const QString& line)
+{
+    // One line per fact: scripts and tests read this stream.
+    std::fprintf(stdout, "%s\n", line.toUtf8().constData());
+    std::fflush(stdout);
+}
+
+QString oneLine(const QByteArray& payload)
+{
+    QString text = QString::fromUtf8(payload);
+    text.replace(QLatin1Char('\\'), QLatin1String("\\\\"));
+    text.replace(QLatin1Char('\n'), QLatin1String("\\n"));
+    text.replace(QLatin1Char('\r'), QLatin1String("\\r"));
+    return text;
+}
+
+QString nameOf(int bit)
+{
+    const char* name = appDefsName(GuiAppsT(bit));
+    return name ? QString::fromLatin1(name) : QString::number(bit);
+}
+}  // namespace
+
+CoreServer::CoreServer(QObject* parent) : QTcpServer(parent)
+{
+    m_stepTimer.setSingleShot(true);
+    connect(&m_stepTimer, &QTimer::timeout, this, &CoreServer::step);
+    m_waitTimeout.setSingleShot(true);
+    connect(&m_waitTimeout, &QTimer::timeout, this, [this] {
+        out(QStringLiteral("SCENARIO timeout waiting for %1")
+                .arg(m_waitingFor.isEmpty() ? m_expecting : m_waitingFor));
+        QCoreApplication::exit(3);
+    });
+}
+
+CoreServer::~CoreServer()
+{
+    qDeleteAll(m_peers);
+}
+
+void CoreServer::setTls(const QSslCertificate& cert, const QSslKey& key)
+{
+    m_tls = true;
+    m_cert = cert;
+    m_key = key;
+}
+
+void CoreServer::incomingConnection(qintptr descriptor)
+{
+    QTcpSocket* socket = nullptr;
+    if (m_tls) {
+        auto* ssl = new QSslSocket(this);
+        if (!ssl->setSocketDescriptor(descriptor)) {
+            delete ssl;
+            return;
+        }
+        QSslConfiguration config = ssl->sslConfiguration();
+        config.setLocalCertificate(m_cert);
+        config.setPrivateKey(m_key);
+        config.setProtocol(QSsl::TlsV1_2OrLater);
+        config.setPeerVerifyMode(QSslSocket::VerifyNone);
+        ssl->setSslConfiguration(config);
+        connect(ssl, QOverload<const QList<QSslError>&>::of(&QSslSocket::sslErrors), ssl,
+                [](const QList<QSslError>& errors) {
+                    for (const QSslError& e : errors)
+                        out(QStringLiteral("TLS error %1").arg(e.errorString()));
+                });
+        ssl->startServerEncryption();
+        socket = ssl;
+    } else {
+        socket = new QTcpSocket(this);
+        if (!socket->setSocketDescriptor(descriptor)) {
+            delete socket;
+            return;
+        }
+    }
+    auto* peer = new Peer;
+    peer->socket = socket;
+    m_peers.append(peer);
+    out(QStringLiteral("CONNECT %1:%2%3")
+            .arg(socket->peerAddress().toString())
+            .arg(socket->peerPort())
+            .arg(m_tls ? QStringLiteral(" tls") : QString()));
+    connect(socket, &QIODevice::readyRead, this, [this, peer] { onReadyRead(peer); });
+    connect(socket, &QAbstractSocket::disconnected, this, [this, peer] { onGone(peer); });
+}
+
+void CoreServer::onReadyRead(Peer* peer)
+{
+    peer->buffer += peer->socket->readAll();
+    const int headerLength = appDefsHeaderLength();
+    int at = 0;
+    while (peer->buffer.size() - at >= headerLength) {
+        GuiAppsMsgHdrT hdr;
+        std::memcpy(&hdr, peer->buffer.constData() + at, sizeof hdr);
+        if (!appDefsIsValidHdr(&hdr) || hdr.length < 0) {
+            out(QStringLiteral("REJECT %1 invalid header, closing").arg(peer->name));
+            peer->buffer.clear();
+            peer->socket->abort();
+            return;
+        }
+        if (peer->buffer.size() - at - headerLength < hdr.length)
+            break;
+        const QByteArray payload = peer->buffer.mid(at + headerLength, hdr.length);
+        at += headerLength + hdr.length;
+        handleFrame(peer, hdr, payload);
+        if (!m_peers.contains(peer))
+            return;
+    }
+    peer->buffer.remove(0, at);
+}
+
+void CoreServer::handleFrame(Peer* peer, const GuiAppsMsgHdrT& hdr, const QByteArray& payload)
+{
+    const int forCore = hdr.destination & GuiAppsTavoapp;
+    if (forCore && peer->bit == 0 && hdr.msgType == GuiAppsMsgTxml) {
+        GuiAppsT app = GuiAppsNone;
+        char name[64] = {0};
+        char extra[64] = {0};
+        appDefsParseRegsitration(payload.constData(), app, name, extra, int(sizeof name) - 1,
+                                 int(sizeof extra) - 1);
+        if (app == GuiAppsNone) {
+            out(QStringLiteral("REJECT unknown registration '%1'").arg(oneLine(payload)));
+            return;
+        }
+        peer->bit = app;
+        peer->name = QString::fromLatin1(name);
+        out(QStringLiteral("REGISTER %1").arg(peer->name));
+        broadcastStatus();
+        if (!m_waitingFor.isEmpty() && m_waitingFor == peer->name) {
+            m_waitingFor.clear();
+            m_waitTimeout.stop();
+            m_stepTimer.start(0);
+        }
+        return;
+    }
+    if (forCore) {
+        const QString line = QStringLiteral("EVENT %1 type=%2 %3")
+                                 .arg(peer->name.isEmpty() ? QStringLiteral("?") : peer->name)
+                                 .arg(int(hdr.msgType))
+                                 .arg(oneLine(payload));
+        out(line);
+        onEventSeen(line);
+    }
+    const int others = hdr.destination & ~int(GuiAppsTavoapp);
+    if (!others)
+        return;
+    const QByteArray frame =
+        QByteArray(reinterpret_cast<const char*>(&hdr), int(sizeof hdr)) + payload;
+    int routed = 0;
+    for (Peer* p : qAsConst(m_peers)) {
+        if (p->bit & others) {
+            p->socket->write(frame);
+            ++routed;
+        }
+    }
+    out(QStringLiteral("ROUTE %1 -> %2 type=%3 len=%4 peers=%5")
+            .arg(peer->name, nameOf(others))
+            .arg(int(hdr.msgType))
+            .arg(hdr.length)
+            .arg(routed));
+}
+
+void CoreServer::onGone(Peer* peer)
+{
+    m_peers.removeAll(peer);
+    out(QStringLiteral("DISCONNECT %1").arg(peer->name.isEmpty() ? QStringLiteral("?") : peer->name));
+    peer->socket->deleteLater();
+    const bool registered = peer->bit != 0;
+    delete peer;
+    if (registered)
+        broadcastStatus();
+}
+
+int CoreServer::connectedMask() const
+{
+    int mask = GuiAppsTavoapp;
+    for (const Peer* p : m_peers)
+        mask |= p->bit;
+    return mask;
+}
+
+void CoreServer::broadcastStatus()
+{
+    const int mask = connectedMask();
+    const QByteArray doc = QByteArray("<TXML><Event uri=\"")
+                           + CTXMLUriLib::uri(TxmlUriAppStatus)
+                           + "\"></Event><AppStatus mask=\"" + QByteArray::number(mask)
+                           + "\"/></TXML>";
+    const int sent = sendToMask(mask & ~int(GuiAppsTavoapp), doc, GuiAppsMsgTxml);
+    out(QStringLiteral("STATUS mask=%1 peers=%2").arg(mask).arg(sent));
+}
+
+int CoreServer::sendToMask(int mask, const QByteArray& payload, GuiAppsMsgTypeT type)
+{
+    int sent = 0;
+    for (Peer* p : qAsConst(m_peers)) {
+        if (!(p->bit & mask))
+            continue;
+        char* frame = appDefsAssembleMessage(GuiAppsTavoapp, GuiAppsT(p->bit), payload.constData(),
+                                             payload.size(), type);
+        p->socket->write(frame, appDefsHeaderLength() + payload.size());
+        delete[] frame;
+        ++sent;
+    }
+    return sent;
+}
+
+// --- scenario ----------------------------------------------------------------
+
+bool CoreServer::loadScenario(const QString& path, QString* error)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        *error = file.errorString();
+        return false;
+    }
+    QTextStream in(&file);
+    in.setCodec("UTF-8");
+    while (!in.atEnd())
+        m_scenario.append(in.readLine());
+    return true;
+}
+
+void CoreServer::startScenario()
+{
+    if (!m_scenario.isEmpty())
+        m_stepTimer.start(0);
+}
+
+int CoreServer::maskOf(const QString& word) const
+{
+    bool isNumber = false;
+    const int number = word.toInt(&isNumber, 0);
+    if (isNumber)
+        return number;
+    int mask = 0;
+    for (const QString& part : word.split(QLatin1Char('|'), Qt::SkipEmptyParts))
+        mask |= appDefsType(part.toLatin1().constData());
+    return mask;
+}
+
+void CoreServer::onEventSeen(const QString& line)
+{
+    if (!m_expecting.isEmpty() && line.contains(m_expecting)) {
+        m_expecting.clear();
+        m_waitTimeout.stop();
+        m_stepTimer.start(0);
+    }
+}
+
+void CoreServer::step()
+{
+    while (m_line < m_scenario.size()) {
+        const QString raw = m_scenario.at(m_line++);
+        const QString line = raw.trimmed();
+        if (line.isEmpty() || line.startsWith(QLatin1Char('#')))
+            continue;
+        const int space = line.indexOf(QLatin1Char(' '));
+        const QString verb = space < 0 ? line : line.left(space);
+        const QString rest = space < 0 ? QString() : line.mid(space + 1).trimmed();
+        const int restSpace = rest.indexOf(QLatin1Char(' '));
+        const QString arg1 = restSpace < 0 ? rest : rest.left(restSpace);
+        const QString tail = restSpace < 0 ? QString() : rest.mid(restSpace + 1);
+
+        if (verb == QLatin1String("sleep")) {
+            m_stepTimer.start(arg1.toInt());
+            return;
+        }
+        if (verb == QLatin1String("wait")) {
+            bool present = false;
+            for (const Peer* p : qAsConst(m_peers))
+                present = present || p->name == arg1;
+            if (present)
+                continue;
+            m_waitingFor = arg1;
+            m_waitTimeout.start(tail.isEmpty() ? 30000 : tail.toInt());
+            return;
+        }
+        if (verb == QLatin1String("expect")) {
+            m_expecting = rest;
+            m_waitTimeout.start(30000);
+            return;
+        }
+        if (verb == QLatin1String("send") || verb == QLatin1String("sendfile")
+            || verb == QLatin1String("senddb")) {
+            QByteArray payload = tail.toUtf8();
+            if (verb == QLatin1String("sendfile")) {
+                QFile file(tail);
+                if (!file.open(QIODevice::ReadOnly)) {
+                    out(QStringLiteral("SCENARIO line %1: cannot read %2").arg(m_line).arg(tail));
+                    continue;
+                }
+                payload = file.readAll();
+            }
+            const GuiAppsMsgTypeT type = verb == QLatin1String("senddb") ? GuiAppsMsgDb : GuiAppsMsgTxml;
+            const int sent = sendToMask(maskOf(arg1), payload, type);
+            out(QStringLiteral("SENT %1 bytes to %2 peers=%3").arg(payload.size()).arg(arg1).arg(sent));
+            continue;
+        }
+        if (verb == QLatin1String("quit")) {
+            out(QStringLiteral("SCENARIO done"));
+            QCoreApplication::exit(arg1.toInt());
+            return;
+        }
+        out(QStringLiteral("SCENARIO line %1: unknown command '%2'").arg(m_line).arg(verb));
+    }
+    out(QStringLiteral("SCENARIO done"));
+}

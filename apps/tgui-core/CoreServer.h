@@ -1,0 +1,64 @@
+#pragma once
+// The simulated core: accepts GUI processes and local peers, takes their
+// registrations, routes every frame to the registered peers its destination
+// mask names, reports the status mask of the connected peers to each of them,
+// prints every frame addressed to the core as one line and plays a scenario.
+#include <QByteArray>
+#include <QList>
+#include <QSslCertificate>
+#include <QSslKey>
+#include <QStringList>
+#include <QTcpServer>
+#include <QTimer>
+
+#include "core/AppDefs.h"
+
+class QTcpSocket;
+
+class CoreServer : public QTcpServer
+{
+    Q_OBJECT
+public:
+    explicit CoreServer(QObject* parent = nullptr);
+    ~CoreServer() override;
+
+    void setTls(const QSslCertificate& cert, const QSslKey& key);
+    // Lines of a scenario; played once the server listens.
+    bool loadScenario(const QString& path, QString* error);
+    void startScenario();
+
+    // Sends one frame from the core to every registered peer in mask.
+    int sendToMask(int mask, const QByteArray& payload, GuiAppsMsgTypeT type);
+    int connectedMask() const;
+
+protected:
+    void incomingConnection(qintptr descriptor) override;
+
+private:
+    struct Peer {
+        QTcpSocket* socket = nullptr;
+        QByteArray buffer;
+        int bit = 0;
+        QString name;
+    };
+
+    void onReadyRead(Peer* peer);
+    void onGone(Peer* peer);
+    void handleFrame(Peer* peer, const GuiAppsMsgHdrT& hdr, const QByteArray& payload);
+    void broadcastStatus();
+    void onEventSeen(const QString& line);
+    void step();
+    int maskOf(const QString& word) const;
+
+    QList<Peer*> m_peers;
+    bool m_tls = false;
+    QSslCertificate m_cert;
+    QSslKey m_key;
+
+    QStringList m_scenario;
+    int m_line = 0;
+    QTimer m_stepTimer;
+    QString m_waitingFor;      // peer name for "wait"
+    QString m_expecting;       // substring for "expect"
+    QTimer m_waitTimeout;
+};

@@ -1,0 +1,130 @@
+#include "LoopbackPeer.h"
+
+#include <QElapsedTimer>
+#include <QSslConfiguration>
+#include <QSslSocket>
+#include <QtTest>
+#include <cstring>
+
+#include "../../apps/tgui-core/SelfSignedCert.h"
+
+LoopbackPeer::LoopbackPeer(Mode mode, QObject* parent) : QTcpServer(parent), m_mode(mode)
+{
+    if (mode != Plain) {
+        const SelfSignedCert made = makeSelfSignedCert("loopback-peer");
+        m_cert = QSslCertificate(made.certPem, QSsl::Pem);
+        m_key = QSslKey(made.keyPem, QSsl::Ec, QSsl::Pem);
+    }
+}
+
+quint16 LoopbackPeer::start(quint16 port)
+{
+    listen(QHostAddress::LocalHost, port);
+    return serverPort();
+}
+
+void LoopbackPeer::incomingConnection(qintptr descriptor)
+{
+    if (m_socket) {
+        m_socket->disconnect(this);
+        m_socket->abort();
+        m_socket->deleteLater();
+    }
+    raw.clear();
+    ++m_connections;
+    if (m_mode == TlsLater) {
+        m_pending = descriptor;
+        return;
+    }
+    QTcpSocket* socket = nullptr;
+    if (m_mode == Tls) {
+        auto* ssl = new QSslSocket(this);
+        ssl->setSocketDescriptor(descriptor);
+        QSslConfiguration config = ssl->sslConfiguration();
+        config.setLocalCertificate(m_cert);
+        config.setPrivateKey(m_key);
+        config.setProtocol(QSsl::TlsV1_2OrLater);
+        ssl->setSslConfiguration(config);
+        ssl->startServerEncryption();
+        socket = ssl;
+    } else {
+        socket = new QTcpSocket(this);
+        socket->setSocketDescriptor(descriptor);
+    }
+    m_socket = socket;
+    connect(socket, &QIODevice::readyRead, this, &LoopbackPeer::onReadyRead);
+    connect(socket, &QAbstractSocket::disconnected, this, [this] { ++disconnects; });
+}
+
+void LoopbackPeer::startTls()
+{
+    if (m_pending < 0)
+        return;
+    const qintptr descriptor = m_pending;
+    m_pending = -1;
+    m_mode = Tls;
+    incomingConnection(descriptor);
+    --m_connections;
+}
+
+void LoopbackPeer::onReadyRead()
+{
+    const QByteArray bytes = m_socket->readAll();
+    raw += bytes;
+    allRaw += bytes;
+    while (raw.size() >= 16) {
+        PeerFrame f;
+        std::memcpy(&f.header, raw.constData(), 16);
+        const int length = qMax(0, int(f.header.length));
+        if (raw.size() < 16 + length)
+            break;
+        f.payload = raw.mid(16, length);
+        raw.remove(0, 16 + length);
+        frames.append(f);
+    }
+}
+
+bool LoopbackPeer::waitForConnections(int count, int ms)
+{
+    QElapsedTimer t;
+    t.start();
+    while (m_connections < count && t.elapsed() < ms)
+        QTest::qWait(10);
+    return m_connections >= count;
+}
+
+bool LoopbackPeer::waitForFrames(int count, int ms)
+{
+    QElapsedTimer t;
+    t.start();
+    while (frames.size() < count && t.elapsed() < ms)
+        QTest::qWait(10);
+    return frames.size() >= count;
+}
+
+bool LoopbackPeer::waitForDisconnect(int ms)
+{
+    const int before = disconnects;
+    QElapsedTimer t;
+    t.start();
+    while (disconnects == before && t.elapsed() < ms)
+        QTest::qWait(10);
+    return disconnects > before;
+}
+
+void LoopbackPeer::writeRaw(const QByteArray& bytes)
+{
+    if (m_socket) {
+        m_socket->write(bytes);
+        m_socket->flush();
+    }
+}
+
+QByteArray LoopbackPeer::frame(GuiAppsT source, GuiAppsT destination, const QByteArray& payload,
+                               GuiAppsMsgTypeT type)
+{
+    char* data = appDefsAssembleMessage(source, destination, payload.constData(), payload.size(), type);
+    const QByteArray bytes(data, 16 + payload.size());
+    delete[] data;
+    return bytes;
+}

@@ -1,0 +1,55 @@
+#pragma once
+// A real peer on the loopback interface for the core link's tests: it accepts
+// connections (plain, or TLS with a certificate made on the spot), cuts the
+// bytes it receives into frames and writes whatever bytes a test gives it.
+#include <QByteArray>
+#include <QList>
+#include <QPointer>
+#include <QSslCertificate>
+#include <QSslKey>
+#include <QTcpServer>
+#include <QTcpSocket>
+
+#include "core/AppDefs.h"
+
+struct PeerFrame {
+    GuiAppsMsgHdrT header;
+    QByteArray payload;
+};
+
+class LoopbackPeer : public QTcpServer
+{
+    Q_OBJECT
+public:
+    enum Mode { Plain, Tls, TlsLater };  // TlsLater: handshake only on startTls()
+    explicit LoopbackPeer(Mode mode = Plain, QObject* parent = nullptr);
+
+    quint16 start(quint16 port = 0);
+    QTcpSocket* socket() const { return m_socket; }
+    int connections() const { return m_connections; }
+    bool waitForConnections(int count, int ms = 5000);
+    bool waitForFrames(int count, int ms = 5000);
+    bool waitForDisconnect(int ms = 5000);
+    void startTls();
+
+    void writeRaw(const QByteArray& bytes);
+    static QByteArray frame(GuiAppsT source, GuiAppsT destination, const QByteArray& payload,
+                            GuiAppsMsgTypeT type = GuiAppsMsgTxml);
+
+    QList<PeerFrame> frames;   // every whole frame received, over all connections
+    QByteArray raw;            // bytes of the present connection not yet cut
+    QByteArray allRaw;         // every byte ever received (decrypted for TLS)
+    int disconnects = 0;
+
+protected:
+    void incomingConnection(qintptr descriptor) override;
+
+private:
+    void onReadyRead();
+    Mode m_mode;
+    QPointer<QTcpSocket> m_socket;
+    int m_connections = 0;
+    QSslCertificate m_cert;
+    QSslKey m_key;
+    qintptr m_pending = -1;
+};

@@ -1,0 +1,383 @@
+// The layout manager against a real core peer on loopback: start-up from the
+// profile files, configuration pairs, language changes and translation
+// requests, status masks, translations and the stop order.
+#include <QDir>
+#include <QElapsedTimer>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+#include <functional>
+#include <memory>
+
+#include "../core/LoopbackPeer.h"
+#include "core/TavoGlobals.h"
+#include "layout/CTavoLayoutMgr.h"
+#include "layout/CTavoLayoutWidget.h"
+#include "tools/TavoToolFlags.h"
+
+#include "CTXMLEvent.h"
+
+namespace {
+bool waitFor(const std::function<bool()>& condition, int ms = 3000)
+{
+    QElapsedTimer t;
+    t.start();
+    while (!condition() && t.elapsed() < ms)
+        QTest::qWait(10);
+    return condition();
+}
+
+// Gives the tests the registry, as a host would fill it.
+class Host : public CTavoLayoutMgr
+{
+public:
+    using CTavoLayoutMgr::CTavoLayoutMgr;
+    QMap<int, CTavoLayoutWidget*>& registry() { return m_childWidgets; }
+
+    // Ending the event loop for real can be done once per test process.
+    bool fakeExit = true;
+    QList<int> exitCodes;
+    void handleShutdown(int exitCode) override
+    {
+        exitCodes.append(exitCode);
+        if (!fakeExit)
+            CTavoLayoutMgr::handleShutdown(exitCode);
+    }
+};
+
+QByteArray config(const QByteArray& pairs)
+{
+    return "<TXML><Event uri=\"Core:Config\">" + pairs + "</Event></TXML>";
+}
+
+QByteArray status(int mask)
+{
+    return "<TXML><Event uri=\"Core:AppStatus\"></Event><AppStatus mask=\"" + QByteArray::number(mask)
+           + "\"/></TXML>";
+}
+}  // namespace
+
+class TestLayoutMgr : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+    QString m_home;
+    std::unique_ptr<LoopbackPeer> m_peer;
+    Host* m_mgr = nullptr;
+
+    // Sends a document from the core and lets the GUI thread handle it.
+    void deliver(const QByteArray& doc)
+    {
+        const int before = m_delivered;
+        m_peer->writeRaw(LoopbackPeer::frame(GuiAppsTavoapp, GuiAppsZedagui, doc));
+        // The counter hears the same signal after the manager: once it moved,
+        // the document has been handled.
+        QVERIFY(waitFor([&] { return m_delivered > before; }));
+    }
+    int m_delivered = 0;
+
+private slots:
+    void initTestCase()
+    {
+        QCoreApplication::setApplicationName(QStringLiteral("zedagui"));
+        QVERIFY(!QFile::exists("/tmp/qt.conf"));
+        QVERIFY(m_dir.isValid());
+        m_home = QDir::currentPath();
+        QDir(m_dir.path()).mkpath("Skins");
+    }
+
+    void init()
+    {
+        bRebootInitiated = false;
+        m_peer.reset(new LoopbackPeer);
+        const quint16 port = m_peer->start();
+        QFile qt(m_dir.filePath("qt.conf"));
+        QVERIFY(qt.open(QIODevice::WriteOnly));
+        qt.write("[Profile]\nActive=test\n");
+        qt.close();
+        QFile skins(m_dir.filePath("Skins/test.conf"));
+        QVERIFY(skins.open(QIODevice::WriteOnly));
+        skins.write("[zedagui]\nSkinFile=Skins/test/test.xml\nComServerIP=127.0.0.1\nComServerPort="
+                    + QByteArray::number(port) + "\n");
+        skins.close();
+        QVERIFY(QDir::setCurrent(m_dir.path()));
+        m_mgr = new Host;
+        m_delivered = 0;
+        connect(m_mgr->coreCom(), &CTavoCoreCommunicator::messageReceived, this,
+                [this] { ++m_delivered; }, Qt::QueuedConnection);
+        QVERIFY(m_peer->waitForFrames(1));
+    }
+
+    void cleanup()
+    {
+        CTavoCoreCommunicator* com = m_mgr->coreCom();
+        delete m_mgr;
+        m_mgr = nullptr;
+        com->shutDown();
+        delete com;
+        m_peer.reset();
+        bRebootInitiated = false;
+        tavoToolSet24HrsFormat(false);
+        tavoToolsSetXt9Enabled(false);
+        tavoToolSetTestAutomationFlag(false);
+        QLocale::setDefault(QLocale::c());
+        QDir::setCurrent(m_home);
+    }
+
+    void startUpFollowsTheProfile()
+    {
+        QCOMPARE(CTavoLayoutMgr::instance(), m_mgr);
+        QCOMPARE(m_mgr->configFile(), QStringLiteral("Skins/test.conf"));
+        QCOMPARE(m_mgr->skinFile(), QStringLiteral("Skins/test/test.xml"));
+        QCOMPARE(m_mgr->managerStyleFile(), m_mgr->skinFile());
+        QCOMPARE(m_mgr->coreComPort(), int(m_peer->serverPort()));
+        QCOMPARE(m_mgr->tavosimServerIP(), QStringLiteral("127.0.0.1"));
+        QCOMPARE(m_mgr->tavosimServerPort(), 10020);
+        QCOMPARE(qgetenv("DAISY_CHAINED_DEVICE"), QByteArray("0"));
+        QCOMPARE(m_mgr->layoutType(), -1);
+        const PeerFrame& reg = m_peer->frames.first();
+        QCOMPARE(reg.payload, QByteArray("zedagui"));
+        QCOMPARE(reg.header.source, int(GuiAppsZedagui));
+        QCOMPARE(m_mgr->coreCom()->appName(), QStringLiteral("zedagui"));
+    }
+
+    void configurationPairsTakeEffect()
+    {
+        QSignalSpy events(m_mgr, &CTavoLayoutMgr::evLayoutMgr);
+        deliver(config("hours24=1;xt9=1;layoutType=2;configDigit=7;database=calls;testAutomation=1"));
+        QVERIFY(tavoToolGet24HrsFormat());
+        QVERIFY(tavoToolsGetXt9Enabled());
+        QVERIFY(tavoToolGetTestAutomationFlag());
+        QCOMPARE(m_mgr->layoutType(), 2);
+        QVERIFY(m_mgr->languageChanged());
+        QCOMPARE(m_mgr->configDigit(), 7);
+        QCOMPARE(m_mgr->db().dbName(), QByteArray("calls"));
+        QCOMPARE(events.count(), 1);
+        QCOMPARE(events.first().first().toInt(), 1026);
+
+        // Unchanged values change nothing; the flag is cleared by each document.
+        deliver(config("hours24=1;layoutType=2;xt9=0"));
+        QCOMPARE(events.count(), 1);
+        QVERIFY(!m_mgr->languageChanged());
+        QVERIFY(!tavoToolsGetXt9Enabled());
+        deliver(config("hours24=0"));
+        QCOMPARE(events.count(), 2);
+        QVERIFY(!tavoToolGet24HrsFormat());
+    }
+
+    void atMostSixtyFourPairs()
+    {
+        QByteArray pairs;
+        for (int i = 0; i < 63; ++i)
+            pairs += "filler" + QByteArray::number(i) + "=x;";
+        pairs += "configDigit=5;hours24=1";
+        deliver(config(pairs));
+        QCOMPARE(m_mgr->configDigit(), 5);  // pair 64
+        QVERIFY(!tavoToolGet24HrsFormat());  // pair 65
+    }
+
+    void languageStepsAndTranslationRequests()
+    {
+        QSignalSpy languages(m_mgr, &CTavoLayoutMgr::languageChange);
+        deliver(config("language=fr-fr"));
+        QCOMPARE(languages.count(), 1);
+        QCOMPARE(languages.first().first().toString(), QStringLiteral("fr-fr"));
+        QCOMPARE(m_mgr->layoutType(), 1);
+        QCOMPARE(QLocale().name(), QStringLiteral("fr_FR"));
+        QTest::qWait(100);
+        QCOMPARE(m_peer->frames.size(), 1);  // no stored numbers: no request
+
+        m_mgr->requestTranslations({5, 7, 9}, true);
+        QTest::qWait(100);
+        QCOMPARE(m_peer->frames.size(), 1);
+
+        deliver(config("language=fr-fr"));
+        QCOMPARE(languages.count(), 1);
+        QTest::qWait(100);
+        QCOMPARE(m_peer->frames.size(), 1);
+
+        deliver(config("language=de-de"));
+        QCOMPARE(languages.count(), 2);
+        QCOMPARE(m_mgr->layoutType(), 0);
+        QVERIFY(m_peer->waitForFrames(2));
+        const PeerFrame& request = m_peer->frames[1];
+        QCOMPARE(request.header.destination, int(GuiAppsTavoapp));
+        QCOMPARE(int(request.header.msgType), int(GuiAppsMsgTxml));
+        CTXMLEvent event;
+        QVERIFY(event.parse(request.payload.constData(), size_t(request.payload.size())));
+        QCOMPARE(CTXMLUriLib::type(event.uri), TxmlUriTranslate);
+        QCOMPARE(QByteArray(event.data), QByteArray("data=5%2C7%2C9"));
+
+        m_mgr->requestTranslations({12}, false);
+        QVERIFY(m_peer->waitForFrames(3));
+        QVERIFY(m_peer->frames[2].payload.contains("data=12"));
+        QCOMPARE(m_mgr->translationIds(), QVector<int>({12}));
+    }
+
+    void translationsReachTheTranslator()
+    {
+        QSignalSpy received(m_mgr, &CTavoLayoutMgr::receivedTranslations);
+        deliver("<TXML><Translations><T key=\"Call\" value=\"Appeler\"/>"
+                "<T key=\"a%3Db\" value=\"x%3By %25\"/><T key=\"Call\" value=\"Appel\"/>"
+                "</Translations></TXML>");
+        QCOMPARE(received.count(), 1);
+        const auto hash = received.first().first().value<QHash<QString, QString>>();
+        QCOMPARE(hash.size(), 2);
+        QCOMPARE(hash.value("Call"), QStringLiteral("Appel"));
+        QCOMPARE(hash.value("a=b"), QStringLiteral("x;y %"));
+        QCOMPARE(QCoreApplication::translate("Dialer", "Call now", "Call"), QStringLiteral("Appel"));
+        QCOMPARE(QCoreApplication::translate("Dialer", "Unknown", "Nope"), QStringLiteral("Nope"));
+        QVERIFY(CTavoLayoutMgr::xmlRoot().translations.empty());
+    }
+
+    void statusMaskOrdering()
+    {
+        struct Seen {
+            int app;
+            bool up;
+            bool dbConnected;
+            bool wasConnected;
+        };
+        QList<Seen> seen;
+        connect(m_mgr, &CTavoLayoutMgr::appConnectionStatusChanged, this, [&](GuiAppsT app, bool up) {
+            seen.append({int(app), up, m_mgr->db().isConnected(), m_mgr->isAppConnected(app)});
+        });
+        deliver(status(GuiAppsTavoapp | GuiAppsZedagui));
+        QCOMPARE(seen.size(), 2);
+        QCOMPARE(seen[0].app, 1);
+        QCOMPARE(seen[1].app, 256);
+        QVERIFY(seen[0].up && seen[1].up);
+        QVERIFY(!m_mgr->db().isConnected());
+
+        // Only the database peer's bit changes: the link knows first, the mask is stored last.
+        deliver(status(GuiAppsTavoapp | GuiAppsZedagui | GuiAppsDbs));
+        QCOMPARE(seen.size(), 3);
+        QCOMPARE(seen[2].app, 8);
+        QVERIFY(seen[2].up);
+        QVERIFY(seen[2].dbConnected);
+        QVERIFY(!seen[2].wasConnected);
+        QVERIFY(m_mgr->isAppConnected(GuiAppsDbs));
+
+        // Bits above the table are stored but never reported.
+        deliver(status(0x1000 | GuiAppsTavoapp | GuiAppsZedagui | GuiAppsDbs));
+        QCOMPARE(seen.size(), 3);
+        QCOMPARE(m_mgr->connectedApps(), 0x1000 | 256 | 1 | 8);
+
+        deliver(status(GuiAppsTavoapp));
+        QCOMPARE(seen.size(), 5);
+        QVERIFY(!seen[3].up && !seen[4].up);
+        QVERIFY(!m_mgr->db().isConnected());
+    }
+
+    void otherTypesAndEmptyDocumentsAreDropped()
+    {
+        QSignalSpy events(m_mgr, &CTavoLayoutMgr::evLayoutMgr);
+        const QByteArray doc = config("hours24=1");
+        for (GuiAppsMsgTypeT type : {GuiAppsMsgReserved, GuiAppsMsgUiReport, GuiAppsMsgMemshow})
+            m_mgr->onNewDocument(doc, GuiAppsTavoapp, type);
+        m_mgr->onNewDocument(QByteArray(), GuiAppsTavoapp, GuiAppsMsgTxml);
+        m_mgr->onNewDocument("not a document", GuiAppsTavoapp, GuiAppsMsgTxml);
+        m_mgr->onNewDocument("response", GuiAppsDbs, GuiAppsMsgDb);
+        QVERIFY(!tavoToolGet24HrsFormat());
+        QCOMPARE(events.count(), 0);
+        m_mgr->onNewDocument(doc, GuiAppsTavoapp, GuiAppsMsgTxml);
+        QVERIFY(tavoToolGet24HrsFormat());
+    }
+
+    void sendAppMsgChoosesTheLink()
+    {
+        tavoToolSendAppMsg("to the core", GuiAppsTavoapp, GuiAppsMsgTxml, true);
+        QVERIFY(m_peer->waitForFrames(2));
+        QCOMPARE(m_peer->frames[1].payload, QByteArray("to the core"));
+        m_mgr->sendDbRequest(QStringLiteral("SELECT 1"));
+        QVERIFY(m_peer->waitForFrames(3));
+        QCOMPARE(m_peer->frames[2].header.destination, int(GuiAppsDbs));
+        QCOMPARE(int(m_peer->frames[2].header.msgType), int(GuiAppsMsgDb));
+    }
+
+    void childRegistry()
+    {
+        auto* w0 = new CTavoLayoutWidget(m_mgr);
+        auto* w5 = new CTavoLayoutWidget(m_mgr);
+        m_mgr->registry().insert(0, w0);
+        m_mgr->registry().insert(5, w5);
+        QCOMPARE(m_mgr->getChildWgt(-1), static_cast<CTavoLayoutWidget*>(nullptr));
+        QCOMPARE(m_mgr->getChildWgt(2), static_cast<CTavoLayoutWidget*>(nullptr));
+        QCOMPARE(m_mgr->registry().size(), 2);
+        QCOMPARE(m_mgr->getChildWgt(0), w0);
+        QCOMPARE(m_mgr->getChildWgt(1), static_cast<CTavoLayoutWidget*>(nullptr));
+        QCOMPARE(m_mgr->registry().size(), 3);  // default-inserted
+        QCOMPARE(CTavoLayoutMgr::getSoftkeyPos(5), QPoint(-1, -1));
+    }
+
+    void topVisibleSurface()
+    {
+        m_mgr->setGeometry(0, 0, 400, 300);
+        m_mgr->showLayoutMgr(false);
+        auto* back = new CTavoLayoutWidget(m_mgr);
+        back->setObjectName("back");
+        back->setGeometry(0, 0, 400, 300);
+        auto* corner = new CTavoLayoutWidget(m_mgr);
+        corner->setGeometry(0, 0, 50, 50);
+        auto* popup = new CTavoLayoutWidget(m_mgr);
+        popup->setObjectName("popup");
+        popup->setGeometry(150, 100, 100, 100);
+        back->show();
+        corner->show();
+        popup->show();
+        QCOMPARE(m_mgr->whoIsOnTopAndVisible({}), popup);
+        QCOMPARE(m_mgr->whoIsOnTopAndVisible({popup}), back);
+        popup->hide();
+        QCOMPARE(m_mgr->whoIsOnTopAndVisible({}), back);
+        back->hide();
+        QCOMPARE(m_mgr->whoIsOnTopAndVisible({}), static_cast<CTavoLayoutWidget*>(nullptr));
+    }
+
+    void languageChangeEventIsAnnounced()
+    {
+        QSignalSpy events(m_mgr, &CTavoLayoutMgr::evLayoutMgr);
+        QEvent change(QEvent::LanguageChange);
+        QCoreApplication::sendEvent(m_mgr, &change);
+        QCOMPARE(events.count(), 1);
+        QCOMPARE(events.first().at(0).toInt(), 1022);
+    }
+
+    void quitSilencesDocuments()
+    {
+        m_mgr->Quit();
+        QVERIFY(bRebootInitiated);
+        m_peer->writeRaw(LoopbackPeer::frame(GuiAppsTavoapp, GuiAppsZedagui, config("hours24=1")));
+        QTest::qWait(300);
+        QVERIFY(!tavoToolGet24HrsFormat());
+        // shutDown no longer reaches handleShutdown.
+        emit m_mgr->shutDown(4);
+        QVERIFY(m_mgr->exitCodes.isEmpty());
+    }
+
+    void shutDownTimerEndsWithCodeZero()
+    {
+        m_mgr->shutdownTimer().setInterval(10);
+        m_mgr->shutdownTimer().start();
+        QVERIFY(waitFor([&] { return m_mgr->exitCodes.size() == 1; }));
+        QCOMPARE(m_mgr->exitCodes.first(), 0);
+        emit m_mgr->shutDown(5);
+        QCOMPARE(m_mgr->exitCodes.last(), 5);
+    }
+
+    void shutDownEndsTheEventLoopWithItsCode()
+    {
+        // Last test: after QCoreApplication::exit no further loop may run.
+        m_mgr->fakeExit = false;
+        QEventLoop loop;
+        QTimer::singleShot(0, m_mgr, [this] { emit m_mgr->shutDown(3); });
+        QCOMPARE(loop.exec(), 3);
+        QCOMPARE(m_mgr->exitCodes, QList<int>({3}));
+        QCOMPARE(m_mgr->shutdownTimer().interval(), 20000);
+        QVERIFY(m_mgr->shutdownTimer().isSingleShot());
+    }
+
+};
+
+QTEST_MAIN(TestLayoutMgr)
+#include "tst_layoutmgr.moc"
