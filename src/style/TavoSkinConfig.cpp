@@ -1,0 +1,3 @@
+#include "style/TavoSkinConfig.h"
+QString tavoGetSkinConfigFile() { return QString(); }
+QString tavoGetDefaultSkinFile(const QString&) { return QString(); }
