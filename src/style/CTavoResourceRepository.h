@@ -45,6 +45,7 @@ private:
     QMap<QString, QSvgRenderer*> m_renderers;
     QList<QImage*> m_looseImages;
     QList<QPixmap*> m_loosePixmaps;
+    QList<QSvgRenderer*> m_looseRenderers;
 };
 
 extern CTavoResourceRepository StyleResourceContainer;

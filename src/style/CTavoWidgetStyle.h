@@ -125,7 +125,7 @@ public:
 
     // The value grammar.
     static int getType(const QString& name);
-    QVariant parseAttribute(const QString& name, const QString& value, int& type);
+    static QVariant parseAttribute(const QString& name, const QString& value, int& type);
     static QColor getColor(const QString& text);
     static QFont getFont(const QString& text);
     static unsigned getUnsignedInteger(const QString& text, bool scale);
