@@ -60,8 +60,10 @@ void* CTavoResourceRepository::registerPixmap(const QString& path, const QSize& 
         type = QMetaType::QPixmap;
         return &pixmap.value();
     }
+    // A cached renderer serves unsized requests; a size asks for a raster of its own.
     auto renderer = m_renderers.find(key);
-    if (renderer != m_renderers.end()) {
+    const bool unsized = (size.width() == 0 && size.height() == 0) || size.width() < 0 || size.height() < 0;
+    if (renderer != m_renderers.end() && unsized) {
         type = QMetaType::Type(TavoVectorImageType);
         return renderer.value();
     }
