@@ -142,6 +142,15 @@ unsigned scaleTruncatedUnsigned(unsigned v, double factor)
     return unsigned(d);
 }
 
+// No screen has more pixels than this along a side; bounding every length keeps
+// rectangle arithmetic (right = x + width - 1, sums of boxes) inside int.
+const int MaxPixels = 1 << 24;
+
+int clampPixels(int v)
+{
+    return qBound(-MaxPixels, v, MaxPixels);
+}
+
 double meanFactor(double fx, double fy)
 {
     return (fx + fy) * 0.5;
@@ -377,7 +386,7 @@ bool CTavoWidgetStyle::isValid() const
 QRect CTavoWidgetStyle::contentRect(const QRect& rect) const
 {
     // Box lengths: x top, y right, width bottom, height left.
-    int top = 0, right = 0, bottom = 0, left = 0;
+    qint64 top = 0, right = 0, bottom = 0, left = 0;
     for (const char* box : {"margin", "border-width", "padding"}) {
         const QRect b = BoxLength(QString::fromLatin1(box));
         top += b.x();
@@ -385,15 +394,18 @@ QRect CTavoWidgetStyle::contentRect(const QRect& rect) const
         bottom += b.width();
         left += b.height();
     }
-    return QRect(rect.left() + left, rect.top() + top, rect.width() - left - right,
-                 rect.height() - top - bottom);
+    return QRect(clampPixels(clampToInt(double(rect.left() + left))), clampPixels(clampToInt(double(rect.top() + top))),
+                 clampPixels(clampToInt(double(rect.width() - left - right))),
+                 clampPixels(clampToInt(double(rect.height() - top - bottom))));
 }
 
 QRect CTavoWidgetStyle::borderRect(const QRect& rect) const
 {
     const QRect b = BoxLength(QStringLiteral("margin"));
-    return QRect(rect.left() + b.height(), rect.top() + b.x(), rect.width() - b.height() - b.y(),
-                 rect.height() - b.x() - b.width());
+    const qint64 top = b.x(), right = b.y(), bottom = b.width(), left = b.height();
+    return QRect(clampPixels(clampToInt(double(rect.left() + left))), clampPixels(clampToInt(double(rect.top() + top))),
+                 clampPixels(clampToInt(double(rect.width() - left - right))),
+                 clampPixels(clampToInt(double(rect.height() - top - bottom))));
 }
 
 unsigned CTavoWidgetStyle::getLabelStyle(QFont& font, QColor& color, unsigned& flags) const
@@ -705,6 +717,7 @@ QFont CTavoWidgetStyle::getFont(const QString& input)
     font.setStyle(italic ? QFont::StyleItalic : QFont::StyleNormal);
     if (m_bIsScaled)
         size = clampToInt(double(size) * meanFactor(m_scaleFactorX, m_scaleFactorY));
+    size = clampPixels(size);
     if (size > 0)
         font.setPixelSize(size);
     return font;
@@ -736,7 +749,7 @@ QSize CTavoWidgetStyle::getSize(const QString& text, bool scale)
         w = scaleRounded(w, m_scaleFactorX);
         h = scaleRounded(h, m_scaleFactorY);
     }
-    return QSize(w, h);
+    return QSize(clampPixels(w), clampPixels(h));
 }
 
 QPoint CTavoWidgetStyle::getLocation(const QString& text)
@@ -750,7 +763,7 @@ QPoint CTavoWidgetStyle::getLocation(const QString& text)
         x = scaleRounded(x, m_scaleFactorX);
         y = scaleRounded(y, m_scaleFactorY);
     }
-    return QPoint(x, y);
+    return QPoint(clampPixels(x), clampPixels(y));
 }
 
 QPolygon CTavoWidgetStyle::getPolygon(const QString& text)
@@ -808,7 +821,7 @@ QRect CTavoWidgetStyle::getRect(const QString& text, bool shorthand)
         return QRect();
     int a[4] = {0, 0, 0, 0};
     for (int i = 0; i < 4 && i < parts.size(); ++i)
-        a[i] = clampToInt(double(getUnsignedInteger(parts.at(i), false)));
+        a[i] = clampPixels(clampToInt(double(getUnsignedInteger(parts.at(i), false))));
     if (shorthand) {
         if (a[2] == 0)
             a[2] = a[0];
@@ -822,6 +835,8 @@ QRect CTavoWidgetStyle::getRect(const QString& text, bool shorthand)
         a[2] = scaleRounded(a[2], m_scaleFactorX);
         a[1] = scaleRounded(a[1], m_scaleFactorY);
         a[3] = scaleRounded(a[3], m_scaleFactorY);
+        for (int& v : a)
+            v = clampPixels(v);
     }
     return QRect(a[0], a[1], a[2], a[3]);
 }
