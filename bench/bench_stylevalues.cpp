@@ -79,7 +79,10 @@ int main(int argc, char** argv)
     QStringList blocks;
     QString current;
     for (int i = 0; i < total; ++i) {
-        current += QString::fromLatin1(kinds[i % kindCount]).arg(10 + i % 80) + "; ";
+        QString declaration = QString::fromLatin1(kinds[i % kindCount]);
+        if (declaration.contains(QLatin1String("%1")))
+            declaration = declaration.arg(10 + i % 80);
+        current += declaration + "; ";
         if ((i + 1) % kindCount == 0) {
             blocks.append(current);
             current.clear();
