@@ -1,0 +1,12 @@
+#pragma once
+// One named item of a skin file: the texts for one surface.
+#include <QString>
+
+class CTavoStyleItem
+{
+public:
+    QString m_name;
+    QString m_attributes;
+    QString m_style;
+    QString m_auxStyle;
+};

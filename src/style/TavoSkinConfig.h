@@ -1,0 +1,8 @@
+#pragma once
+// Where the skin of an application is configured.
+#include <QString>
+
+// "Skins/<active profile>.conf", suffix kept; logs "Active profile: %s".
+QString tavoGetSkinConfigFile();
+// "Skins/default/default.xml" for "zedagui", "Skins/default/default-<app>.xml" otherwise.
+QString tavoGetDefaultSkinFile(const QString& applicationName);

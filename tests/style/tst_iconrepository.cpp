@@ -1,0 +1,370 @@
+// Icons by number and name: the name table, directories by base profile and
+// family, lazy raster and vector loading, inversion and the shared placeholder.
+#include <QtTest>
+#include <QPainter>
+#include <QPixmap>
+#include <QSvgRenderer>
+
+#include "style/CIconResource.h"
+#include "style/CTavoIconDefinition.h"
+#include "style/CTavoIconRepository.h"
+
+static const char kSquareSvg[] =
+    "<svg xmlns='http://www.w3.org/2000/svg' width='20' height='10'>"
+    "<rect width='20' height='10' fill='#ff0000'/></svg>";
+static const char kInvertedSvg[] =
+    "<svg xmlns='http://www.w3.org/2000/svg' width='20' height='10'>"
+    "<rect width='20' height='10' fill='#0000ff'/></svg>";
+
+class TestIconRepository : public QObject
+{
+    Q_OBJECT
+    QTemporaryDir m_dir;
+    QString m_oldCwd;
+    QByteArray m_profileFile;
+    const char* m_oldProfileFile = nullptr;
+
+    void writeFile(const QString& relative, const QByteArray& content)
+    {
+        const QString path = m_dir.filePath(relative);
+        QDir().mkpath(QFileInfo(path).path());
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(content);
+    }
+    void writePng(const QString& relative, const QColor& color, const QSize& size = QSize(8, 6))
+    {
+        QDir().mkpath(QFileInfo(m_dir.filePath(relative)).path());
+        QImage image(size, QImage::Format_ARGB32);
+        image.fill(color);
+        QVERIFY(image.save(m_dir.filePath(relative), "PNG"));
+    }
+    void setBaseProfile(const QByteArray* content)
+    {
+        QFile::remove(QString::fromLocal8Bit(m_profileFile));
+        if (content) {
+            QFile file(QString::fromLocal8Bit(m_profileFile));
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write(*content);
+        }
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid());
+        m_oldCwd = QDir::currentPath();
+        QDir::setCurrent(m_dir.path());
+        // Never touch the device's own file from a test.
+        m_profileFile = m_dir.filePath("device.baseProfile").toLocal8Bit();
+        m_oldProfileFile = CTavoIconRepository::s_baseProfileFile;
+        CTavoIconRepository::s_baseProfileFile = m_profileFile.constData();
+    }
+    void cleanupTestCase()
+    {
+        CTavoIconRepository::s_baseProfileFile = m_oldProfileFile;
+        iconRepository.clear();
+        QDir::setCurrent(m_oldCwd);
+    }
+
+    // --- the table ---------------------------------------------------------------
+    void tableFollowsTheDocumentEnumeration()
+    {
+        QCOMPARE(iconRepository.count(), 522);
+        QCOMPARE(iconRepository.name(), QString("SYSTEMICONS"));
+        QCOMPARE(iconRepository.iconName(0), QString("_InvalidIcon:"));
+        QCOMPARE(iconRepository.iconName(4), QString("_MaxPresentationOnly:"));
+        QCOMPARE(iconRepository.iconName(521), QString("_DummyIcon:"));
+        QCOMPARE(iconRepository.iconName(5), QString("Messages"));
+        QCOMPARE(iconRepository.iconName(8), QString("Settings"));
+        QCOMPARE(iconRepository.iconName(12), QString("SIP.png"));
+        QCOMPARE(iconRepository.iconName(27), QString("CallHistory"));
+        QCOMPARE(iconRepository.iconName(28), QString("Contacts"));
+        QCOMPARE(iconRepository.iconName(233), QString("placeholdericon"));
+        QCOMPARE(iconRepository.iconName(520), QString("PlaceVideoCall.png"));
+        QCOMPARE(iconRepository.iconName(522), QString());
+        QCOMPARE(iconRepository.iconName(-1), QString());
+        int markers = 0;
+        for (int i = 0; i < 522; ++i)
+            markers += iconRepository.iconName(i).endsWith(':') ? 1 : 0;
+        QCOMPARE(markers, 3);
+    }
+
+    void rowsOfOneNameShareOneResource()
+    {
+        CTavoIconRepository repo("T", tavoIconNames, TAVO_ICON_COUNT, false, false);
+        // "Applications" stands in rows 9 and 55, "CallOnHold" in 32 and 89.
+        QCOMPARE(&repo[9], &repo[55]);
+        QCOMPARE(&repo[32], &repo[89]);
+        QCOMPARE(&repo[QString("Applications")], &repo[9]);
+    }
+
+    void outOfRangeNumbersShareTheEmptyResource()
+    {
+        CTavoIconRepository repo("T", tavoIconNames, TAVO_ICON_COUNT, false, false);
+        CIconResource& below = repo[-1];
+        CIconResource& beyond = repo[522];
+        QCOMPARE(&below, &beyond);
+        QCOMPARE(below.getType(), 0);
+        QCOMPARE(below.fileName(), QString());
+        QCOMPARE(repo.getFileName(522), QString());
+        QCOMPARE(repo.getFileName(5), repo.iconPath() + "Messages");
+        QVERIFY(!getIconPixmap(0));
+        QVERIFY(!getIconPixmap(522));
+        QVERIFY(!getIconPixmap(-3));
+    }
+
+    // --- directories -------------------------------------------------------------
+    void directoryFollowsTheBaseProfile_data()
+    {
+        QTest::addColumn<QString>("profile");
+        QTest::addColumn<bool>("greyscale");
+        QTest::addColumn<bool>("oneBit");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("absent") << "-" << false << false << "Skins/common/icons/";
+        QTest::newRow("empty") << "" << false << false << "Skins/common/icons/";
+        QTest::newRow("not a number") << "x" << false << false << "Skins/common/icons/";
+        QTest::newRow("sfb") << "2" << false << false << "Skins/common_sfb/icons/";
+        QTest::newRow("sfb with more lines") << "2\nfoo\n" << false << false << "Skins/common_sfb/icons/";
+        QTest::newRow("bsft") << "3" << false << false << "Skins/common_bsft/icons/";
+        QTest::newRow("opensip") << "0" << false << false << "Skins/common_opensip/icons/";
+        QTest::newRow("other") << "7" << false << false << "Skins/common/icons/";
+        QTest::newRow("greyscale") << "-" << true << false << "Skins/common/greyscale_icons/";
+        QTest::newRow("greyscale sfb") << "2" << true << false << "Skins/common_sfb/greyscale_icons/";
+        QTest::newRow("greyscale bsft") << "3" << true << true << "Skins/common_bsft/greyscale_icons/";
+        QTest::newRow("greyscale opensip") << "0" << true << false << "Skins/common/greyscale_icons/";
+        QTest::newRow("one bit") << "2" << false << true << "Skins/common/OneBit_icons/";
+    }
+    void directoryFollowsTheBaseProfile()
+    {
+        QFETCH(QString, profile);
+        QFETCH(bool, greyscale);
+        QFETCH(bool, oneBit);
+        QFETCH(QString, expected);
+        const QByteArray content = profile.toLatin1();
+        setBaseProfile(profile == "-" ? nullptr : &content);
+        CTavoIconRepository repo("T", tavoIconNames, TAVO_ICON_COUNT, greyscale, oneBit);
+        QCOMPARE(repo.iconPath(), expected);
+        setBaseProfile(nullptr);
+    }
+
+    void familySwitchesAndExplicitPaths()
+    {
+        setBaseProfile(nullptr);
+        CTavoIconRepository repo("T", tavoIconNames, TAVO_ICON_COUNT, false, false);
+        repo.useZenithIcons();
+        QVERIFY(repo.zenithIconsUsed());
+        QCOMPARE(repo.iconPath(), QString("Skins/common_zenith/icons/"));
+        repo.setCustomIconsPath(2);
+        QCOMPARE(repo.iconPath(), QString("Skins/common_sfb/icons/"));
+        repo.setCustomIconsPath(3);
+        QCOMPARE(repo.iconPath(), QString("Skins/common_bsft/icons/"));
+        repo.setCustomIconsPath(0);
+        QCOMPARE(repo.iconPath(), QString("Skins/common_opensip/icons/"));
+        repo.setCustomIconsPath(9);
+        QCOMPARE(repo.iconPath(), QString("Skins/common_zenith/icons/"));
+        repo.useOneBitIcons();
+        QCOMPARE(repo.iconPath(), QString("Skins/common/OneBit_icons/"));
+        repo.useGreyscaleIcons();
+        QCOMPARE(repo.iconPath(), QString("Skins/common/greyscale_icons/"));
+        repo.setIconPath("Skins/mine/");
+        QCOMPARE(repo.iconPath(), QString("Skins/mine/"));
+        repo.setIconPath(QString());
+        QCOMPARE(repo.iconPath(), QString("Skins/common/icons/"));
+
+        // A profile of 0 wins over the zenith switch when the path is determined.
+        const QByteArray zero("0");
+        setBaseProfile(&zero);
+        CTavoIconRepository os("T", tavoIconNames, TAVO_ICON_COUNT, false, false);
+        os.useZenithIcons();
+        QCOMPARE(os.iconPath(), QString("Skins/common_opensip/icons/"));
+        setBaseProfile(nullptr);
+    }
+
+    // --- resources -----------------------------------------------------------------
+    void bareNamesPreferTheVectorAndExtensionsAreTrusted()
+    {
+        writeFile("res/a.svg", kSquareSvg);
+        writePng("res/a.png", Qt::green);
+        writePng("res/r.png", Qt::green);
+        QCOMPARE(CIconResource("res/a").getType(), 3);
+        QCOMPARE(CIconResource("res/a").fileName(), QString("res/a.svg"));
+        QCOMPARE(CIconResource("res/r").getType(), 1);
+        QCOMPARE(CIconResource("res/r").fileName(), QString("res/r.png"));
+        QCOMPARE(CIconResource("res/missing").getType(), 0);
+        QCOMPARE(CIconResource("res/missing").fileName(), QString("res/missing"));
+        // Not looked up on disk at all.
+        QCOMPARE(CIconResource("res/b.png").getType(), 1);
+        QCOMPARE(CIconResource("res/c.svg").getType(), 3);
+    }
+
+    void missingRastersShareThePlaceholder()
+    {
+        CTavoIconRepository repo("T", tavoIconNames, TAVO_ICON_COUNT, false, false);
+        repo.setIconPath("nowhere/");
+        bool first = false;
+        QPixmap* one = repo[QString("b.png")].getImage(&first, false);
+        QVERIFY(first);
+        QVERIFY(one && !one->isNull());
+        bool second = false;
+        QPixmap* two = repo[QString("other.png")].getImage(&second, false);
+        QVERIFY(second);
+        QCOMPARE(one, two);
+        QCOMPARE(one, CIconResource::placeholderPixmap());
+        // Cached: asking again does not touch the flag.
+        bool again = false;
+        QCOMPARE(repo[QString("b.png")].getImage(&again, false), one);
+        QVERIFY(!again);
+        repo.clear();
+        QVERIFY(repo.resources().isEmpty());
+        QVERIFY(!CIconResource::placeholderPixmap()->isNull());
+    }
+
+    void rastersLoadOnceAndInvertWhereTheSkinHasIt()
+    {
+        writePng("icons/Messages.png", QColor(255, 0, 0));
+        writePng("icons/Messages_Inv.png", QColor(0, 0, 255));
+        writePng("icons/Contacts.png", QColor(0, 255, 0));
+        CTavoIconRepository repo("T", tavoIconNames, TAVO_ICON_COUNT, false, false);
+        repo.setIconPath("icons/");
+        CIconResource& messages = repo[5];
+        QCOMPARE(messages.getType(), 1);
+        bool placeholder = false;
+        QPixmap* plain = messages.getImage(&placeholder, false);
+        QPixmap* inverted = messages.getImage(&placeholder, true);
+        QVERIFY(!placeholder);
+        QVERIFY(plain != inverted);
+        QCOMPARE(plain->toImage().pixelColor(1, 1), QColor(255, 0, 0));
+        QCOMPARE(inverted->toImage().pixelColor(1, 1), QColor(0, 0, 255));
+        QCOMPARE(messages.getImage(nullptr, false), plain);
+
+        QString name;
+        QVERIFY(messages.getInvertedFilename(name));
+        QCOMPARE(name, QString("icons/Messages_Inv.png"));
+
+        // Without an "_Inv" file the plain picture serves inverted, cached in the inverted slot.
+        CIconResource& contacts = repo[28];
+        QVERIFY(!contacts.getInvertedFilename(name));
+        QCOMPARE(name, QString("icons/Contacts.png"));
+        QPixmap* fallback = contacts.getImage(&placeholder, true);
+        QVERIFY(!placeholder);
+        QCOMPARE(fallback->toImage().pixelColor(1, 1), QColor(0, 255, 0));
+        QCOMPARE(contacts.getImage(nullptr, true), fallback);
+    }
+
+    void loadedNamesKeepTheirDirectoryUntilCleared()
+    {
+        writePng("first/Settings.png", Qt::red);
+        writePng("second/Settings.png", Qt::blue);
+        CTavoIconRepository repo("T", tavoIconNames, TAVO_ICON_COUNT, false, false);
+        repo.setIconPath("first/");
+        QCOMPARE(repo[8].fileName(), QString("first/Settings.png"));
+        repo.setIconPath("second/");
+        QCOMPARE(repo[8].fileName(), QString("first/Settings.png"));
+        repo.clear();
+        QCOMPARE(repo[8].fileName(), QString("second/Settings.png"));
+    }
+
+    void vectorsRenderPerSizeAndInversion()
+    {
+        writeFile("vec/Call.svg", kSquareSvg);
+        writeFile("vec/Call_Inv.svg", kInvertedSvg);
+        CTavoIconRepository repo("T", tavoIconNames, TAVO_ICON_COUNT, false, false);
+        repo.setIconPath("vec/");
+        CIconResource& call = repo[22];
+        QCOMPARE(call.getType(), 3);
+        QVERIFY(!call.getCachedSvgPixmap(QSize(0, 10), false));
+        QVERIFY(!call.getCachedSvgPixmap(QSize(10, -1), false));
+        QPixmap* small = call.getCachedSvgPixmap(QSize(20, 10), false);
+        QVERIFY(small);
+        QCOMPARE(small->size(), QSize(20, 10));
+        QCOMPARE(small->toImage().pixelColor(10, 5), QColor(255, 0, 0));
+        QCOMPARE(call.getCachedSvgPixmap(QSize(20, 10), false), small);
+        QPixmap* inverted = call.getCachedSvgPixmap(QSize(20, 10), true);
+        QVERIFY(inverted != small);
+        QCOMPARE(inverted->toImage().pixelColor(10, 5), QColor(0, 0, 255));
+        QVERIFY(call.getCachedSvgPixmap(QSize(40, 20), false) != small);
+        QVERIFY(gSvgPixmapCache.contains("vec/Call.svg-(20:10)"));
+        QVERIFY(gSvgPixmapCache.contains("vec/Call.svg-(20:10)-inv"));
+        // Clearing the repository keeps the rasterised vectors.
+        repo.clear();
+        QVERIFY(gSvgPixmapCache.contains("vec/Call.svg-(40:20)"));
+
+        bool placeholder = false;
+        QSvgRenderer* renderer = repo[22].getSvg(&placeholder, false);
+        QVERIFY(!placeholder);
+        QVERIFY(renderer && renderer->isValid());
+        QCOMPARE(repo[22].getSvg(&placeholder, true), renderer);
+        QVERIFY(!placeholder);
+    }
+
+    void missingVectorsAnswerWithThePlaceholderRenderer()
+    {
+        CTavoIconRepository repo("T", tavoIconNames, TAVO_ICON_COUNT, false, false);
+        repo.setIconPath("vec-missing/");
+        bool placeholder = false;
+        QSvgRenderer* renderer = repo[QString("ghost.svg")].getSvg(&placeholder, false);
+        QVERIFY(placeholder);
+        QCOMPARE(renderer, CIconResource::placeholderSvg());
+        QVERIFY(renderer->isValid());
+        placeholder = false;
+        QCOMPARE(repo[QString("ghost.svg")].getSvg(&placeholder, false), renderer);
+        QVERIFY(placeholder);
+        // The file appears later: the resource gets its own renderer, the placeholder stays intact.
+        writeFile("vec-missing/ghost.svg", kSquareSvg);
+        placeholder = false;
+        QSvgRenderer* own = repo[QString("ghost.svg")].getSvg(&placeholder, false);
+        QVERIFY(!placeholder);
+        QVERIFY(own != renderer);
+        QVERIFY(CIconResource::placeholderSvg()->isValid());
+    }
+
+    void globalPixmapsByNumberAndStyleUpdates()
+    {
+        writePng("Skins/common/icons/Messages.png", Qt::red);
+        iconRepository.setIconPath(QString());
+        iconRepository.clear();
+        QPixmap* messages = getIconPixmap(5);
+        QVERIFY(messages);
+        QCOMPARE(messages->toImage().pixelColor(1, 1), QColor(Qt::red));
+        QCOMPARE(getIconPixmap(5), messages);
+        QVERIFY(getIconPixmap(27));  // missing: the placeholder
+
+        QByteArray style("CTavoIconRepository { size: 32x32; }");
+        QByteArray attributes("");
+        updateIconResource(style.data(), attributes.data());
+        QVERIFY(iconRepository.resources().isEmpty());
+        QVERIFY(iconRepository.get("CTavoIconRepository"));
+    }
+
+    // --- definitions -----------------------------------------------------------------
+    void definitionsCompareAndFilterTheirNumbers()
+    {
+        CTavoIconDefinition none;
+        QCOMPARE(none.m_iconIndex, -1);
+        QCOMPARE(none.m_pressedIconIndex, -1);
+        CTavoIconDefinition a("url", "label", 5, 6, QList<int>() << 7 << 5 << 8);
+        CTavoIconDefinition b = a;
+        QVERIFY(a == b);
+        b.m_label = "other";
+        QVERIFY(a != b);
+
+        QVERIFY(a.containsIndex(5));
+        QVERIFY(a.containsIndex(6));
+        QVERIFY(a.containsIndex(8));
+        QVERIFY(!a.containsIndex(9));
+        a.removeIndex(5);
+        QCOMPARE(a.m_iconIndex, -1);
+        QCOMPARE(a.m_iconIndexes, QList<int>() << 7 << 8);
+        QVERIFY(!a.containsIndex(5));
+
+        CTavoIconDefinition c("", "", 10, 11, QList<int>() << 12 << 13);
+        c.removeAllExcept(QStringList() << "11" << "13" << "x");
+        QCOMPARE(c.m_iconIndex, -1);
+        QCOMPARE(c.m_pressedIconIndex, 11);
+        QCOMPARE(c.m_iconIndexes, QList<int>() << 13);
+    }
+};
+
+QTEST_MAIN(TestIconRepository)
+#include "tst_iconrepository.moc"

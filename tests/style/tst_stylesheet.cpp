@@ -1,0 +1,195 @@
+// Style sheets: lookup order over class, object name and pseudo state; merging;
+// attributes and the process-wide design resolution.
+#include <QtTest>
+
+#include "style/CTavoStyleSheet.h"
+
+class BaseThing : public QObject
+{
+    Q_OBJECT
+};
+
+class FancyThing : public BaseThing
+{
+    Q_OBJECT
+};
+
+// Marks each block with its own selector so a lookup says which block it found.
+static QByteArray markedSheet(const QStringList& selectors)
+{
+    QByteArray text;
+    for (const QString& s : selectors)
+        text += s.toUtf8() + " { tag: " + s.toUtf8() + "; }\n";
+    return text;
+}
+
+static QString tagOf(CTavoWidgetStyle* style)
+{
+    return style ? style->String("tag") : QStringLiteral("<none>");
+}
+
+class TestStyleSheet : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init() { CTavoWidgetStyle::resetScaling(); }
+    void cleanup() { CTavoWidgetStyle::resetScaling(); }
+
+    void lookupOrderForNamedObjectInPseudoState_data()
+    {
+        QTest::addColumn<QStringList>("selectors");
+        QTest::addColumn<QString>("expected");
+        const QString full = "FancyThing#x:p", classPseudo = "FancyThing:p", named = "FancyThing#x",
+                      cls = "FancyThing", base = "BaseThing", object = "QObject";
+        QTest::newRow("full key first") << QStringList{object, base, cls, named, classPseudo, full} << full;
+        QTest::newRow("class with pseudo") << QStringList{object, base, cls, named, classPseudo} << classPseudo;
+        QTest::newRow("named without pseudo") << QStringList{object, base, cls, named} << named;
+        QTest::newRow("class") << QStringList{object, base, cls} << cls;
+        QTest::newRow("superclass") << QStringList{object, base} << base;
+        QTest::newRow("QObject") << QStringList{object} << object;
+        QTest::newRow("pseudo of base class is not inherited") << QStringList{"BaseThing:p"} << "<none>";
+        QTest::newRow("other name is ignored") << QStringList{"FancyThing#y:p", "FancyThing#y"} << "<none>";
+    }
+    void lookupOrderForNamedObjectInPseudoState()
+    {
+        QFETCH(QStringList, selectors);
+        QFETCH(QString, expected);
+        CTavoStyleSheet sheet;
+        sheet.set(markedSheet(selectors).constData(), "");
+        FancyThing thing;
+        thing.setObjectName("x");
+        QCOMPARE(tagOf(sheet.get(&thing, "p")), expected);
+    }
+
+    void unnamedObjectUsesClassAndPseudo()
+    {
+        CTavoStyleSheet sheet;
+        sheet.set(markedSheet({"FancyThing", "FancyThing:pressed", "FancyThing#:pressed"}).constData(), "");
+        FancyThing thing;
+        QCOMPARE(tagOf(sheet.get(&thing, "pressed")), QString("FancyThing:pressed"));
+        QCOMPARE(tagOf(sheet.get(&thing, QString())), QString("FancyThing"));
+        QCOMPARE(tagOf(sheet.get(&thing, "focused")), QString("FancyThing"));
+        QVERIFY(!sheet.get(static_cast<QObject*>(nullptr), "pressed"));
+    }
+
+    void fallbackRemovesObjectNameEverywhereInKey()
+    {
+        // The name "ss" also occurs inside the pseudo state "pressstate".
+        CTavoStyleSheet sheet;
+        sheet.set(markedSheet({"FancyThing:prestate", "FancyThing:pressstate"}).constData(), "");
+        FancyThing thing;
+        thing.setObjectName("ss");
+        QCOMPARE(tagOf(sheet.get(&thing, "pressstate")), QString("FancyThing:prestate"));
+    }
+
+    void exactAndMetaObjectLookups()
+    {
+        CTavoStyleSheet sheet;
+        QVERIFY(!sheet.get("A"));
+        sheet.set(markedSheet({"BaseThing", "A"}).constData(), "");
+        QCOMPARE(tagOf(sheet.get("A")), QString("A"));
+        QCOMPARE(tagOf(sheet.get(QString("A"))), QString("A"));
+        QVERIFY(!sheet.get("a"));
+        QCOMPARE(tagOf(sheet.get(&FancyThing::staticMetaObject)), QString("BaseThing"));
+        QVERIFY(!sheet.get(static_cast<const QMetaObject*>(nullptr)));
+    }
+
+    void hasPseudoStateChecksNamedThenClass()
+    {
+        CTavoStyleSheet sheet;
+        FancyThing thing;
+        QVERIFY(!sheet.hasPseudoState(&thing, "p"));
+        sheet.set(markedSheet({"FancyThing#:unnamed", "BaseThing:p", "FancyThing#x:n"}).constData(), "");
+        QVERIFY(sheet.hasPseudoState(&thing, "unnamed")); // "#" stands even without a name
+        QVERIFY(!sheet.hasPseudoState(&thing, "p"));      // only the own class counts
+        thing.setObjectName("x");
+        QVERIFY(sheet.hasPseudoState(&thing, "n"));
+        QVERIFY(!sheet.hasPseudoState(nullptr, "n"));
+    }
+
+    void repeatedSelectorsMergeAndNullKeepsEarlierValue()
+    {
+        CTavoStyleSheet sheet;
+        sheet.set("A { color: red; } A { font: 12px; } B { color: red; } B { color: null; }"
+                  "C { color: blue; } C { color: green; }",
+                  "");
+        CTavoWidgetStyle* a = sheet.get("A");
+        QVERIFY(a);
+        QCOMPARE(a->Color("color"), QColor(Qt::red));
+        QCOMPARE(a->Font("font").pixelSize(), 12);
+        QCOMPARE(sheet.get("B")->Color("color"), QColor(Qt::red));
+        QCOMPARE(sheet.get("C")->Color("color"), QColor("green"));
+    }
+
+    void malformedPiecesAreSkipped()
+    {
+        CTavoStyleSheet sheet;
+        sheet.set("junk without braces } { orphan: 1; } A { x: 1; nocolon; : 2; y : 3 ; } B { z: 4", "");
+        QCOMPARE(sheet.styles().keys(), (QList<QString>{"A", "B"}));
+        QCOMPARE(sheet.get("A")->String("x"), QString("1"));
+        QCOMPARE(sheet.get("A")->String("y"), QString("3"));
+        QCOMPARE(sheet.get("A")->properties().size(), 3); // x, "" and y
+        QCOMPARE(sheet.get("B")->String("z"), QString("4")); // last block needs no "}"
+    }
+
+    void setWithNullLeavesSheetAndSetReplacesIt()
+    {
+        CTavoStyleSheet sheet;
+        sheet.set("A { x: 1; }", "k=v");
+        sheet.set(nullptr, "k=w");
+        sheet.set("B { x: 1; }", nullptr);
+        QVERIFY(sheet.get("A"));
+        QCOMPARE(sheet.getAttribute("k"), QString("v"));
+        sheet.set("B { x: 2; }", "");
+        QVERIFY(!sheet.get("A"));
+        QCOMPARE(sheet.get("B")->String("x"), QString("2"));
+        QVERIFY(!sheet.attributes().contains("k"));
+    }
+
+    void attributesAreTrimmedAndMissingOnesCreatedEmpty()
+    {
+        CTavoStyleSheet sheet;
+        sheet.set("", " a = 1 ;;noequals; b=2=3 ;c=");
+        QCOMPARE(sheet.getAttribute("a"), QString("1"));
+        QCOMPARE(sheet.getAttribute("b"), QString("2"));
+        QCOMPARE(sheet.getAttribute("c"), QString(""));
+        QVERIFY(!sheet.attributes().contains("noequals"));
+        QVERIFY(!sheet.attributes().contains("missing"));
+        QCOMPARE(sheet.getAttribute("missing"), QString());
+        QVERIFY(sheet.attributes().contains("missing"));
+    }
+
+    void designAttributesSetGlobalScaleOnlyWhenComplete()
+    {
+        CTavoStyleSheet sheet;
+        // The offscreen screen is 800x600: a 400x240 design capped at 800x480 doubles.
+        sheet.set("A { size: 10x10; }", "design-x=400;design-y=240;max-x=800");
+        QVERIFY(!CTavoWidgetStyle::isScaled());
+        QCOMPARE(sheet.get("A")->Size("size"), QSize(10, 10));
+
+        sheet.set("A { size: 10x10; }", "design-x=400;design-y=240;max-x=800;max-y=480");
+        QVERIFY(CTavoWidgetStyle::isScaled());
+        QCOMPARE(CTavoWidgetStyle::scaleFactorX(), 2.0);
+        QCOMPARE(sheet.get("A")->Size("size"), QSize(20, 20));
+
+        // Another sheet with matching resolutions turns it off again for later parses.
+        CTavoStyleSheet other;
+        other.set("A { size: 10x10; }", "design-x=800;design-y=480;max-x=800;max-y=480");
+        QVERIFY(!CTavoWidgetStyle::isScaled());
+        QCOMPARE(other.get("A")->Size("size"), QSize(10, 10));
+        QCOMPARE(sheet.get("A")->Size("size"), QSize(20, 20)); // parsed once, at load
+    }
+
+    void definedClassesByColumnName()
+    {
+        CTavoStyleSheet sheet;
+        sheet.set(markedSheet({"CTavoLabel#name", "CTavoIcon#icon:pressed", "CTavoLabel#other", "Plain"}).constData(), "");
+        const QList<QPair<int, QString>> found = sheet.getDefinedClasses({"icon", "name", "missing"});
+        QCOMPARE(found.size(), 2);
+        QCOMPARE(found.at(0), qMakePair(0, QString("CTavoIcon")));
+        QCOMPARE(found.at(1), qMakePair(1, QString("CTavoLabel")));
+    }
+};
+
+QTEST_MAIN(TestStyleSheet)
+#include "tst_stylesheet.moc"

@@ -1,0 +1,84 @@
+#pragma once
+// Shared by the text tests: a known font loaded from its file, so that widths
+// do not depend on the machine's font configuration, and a test main.
+#include <QApplication>
+#include <QColor>
+#include <QFont>
+#include <QFontDatabase>
+#include <QImage>
+#include <QRect>
+#include <QString>
+#include <QtTest>
+
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#include <sanitizer/lsan_interface.h>
+#define TAVO_TEXT_TEST_LSAN 1
+#endif
+#endif
+
+namespace TextTest {
+
+inline QString loadFamily(const char* path)
+{
+    const int id = QFontDatabase::addApplicationFont(QString::fromLatin1(path));
+    return id < 0 ? QString() : QFontDatabase::applicationFontFamilies(id).value(0);
+}
+
+// DejaVu Sans: Latin, Hebrew and Arabic in one file.
+inline QFont dejaVu(int pixelSize)
+{
+    static const QString family = loadFamily("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf");
+    QFont font(family);
+    font.setPixelSize(pixelSize);
+    font.setStyleStrategy(QFont::NoFontMerging);
+    return font;
+}
+
+// Pixels of `image` within `area` whose colour differs from `background`.
+inline int inked(const QImage& image, const QRect& area, QRgb background)
+{
+    int count = 0;
+    const QRect r = area.intersected(image.rect());
+    for (int y = r.top(); y <= r.bottom(); ++y)
+        for (int x = r.left(); x <= r.right(); ++x)
+            if (image.pixel(x, y) != background)
+                ++count;
+    return count;
+}
+
+// Bounding box of the pixels that differ from `background`.
+inline QRect inkBox(const QImage& image, QRgb background)
+{
+    QRect box;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            if (image.pixel(x, y) != background)
+                box |= QRect(x, y, 1, 1);
+    return box;
+}
+
+} // namespace TextTest
+
+// The offscreen platform plugin of Qt 5.15 never frees its screen objects;
+// they are made while the application starts, so only that moment is exempt
+// from leak checking.
+#ifdef TAVO_TEXT_TEST_LSAN
+#define TAVO_TEXT_APP_BEGIN __lsan_disable();
+#define TAVO_TEXT_APP_END __lsan_enable();
+#else
+#define TAVO_TEXT_APP_BEGIN
+#define TAVO_TEXT_APP_END
+#endif
+
+#define TAVO_TEXT_TEST_MAIN(TestClass)                                                      \
+    int main(int argc, char** argv)                                                         \
+    {                                                                                       \
+        TAVO_TEXT_APP_BEGIN                                                                 \
+        QApplication app(argc, argv);                                                       \
+        TAVO_TEXT_APP_END                                                                   \
+        app.setAttribute(Qt::AA_Use96Dpi, true);                                            \
+        TestClass tc;                                                                       \
+        QTEST_SET_MAIN_SOURCE_PATH                                                          \
+        return QTest::qExec(&tc, argc, argv);                                               \
+    }

@@ -1,0 +1,121 @@
+// The sample skin in the run folder: it parses, its surfaces style the widget
+// base, its pictures exist, and the icons the demo shows are real files.
+#include <QtTest>
+
+#include <QSvgRenderer>
+
+#include "style/CTavoIconRepository.h"
+#include "style/CTavoResourceRepository.h"
+#include "style/CTavoStyleSheet.h"
+#include "style/CTavoStyleSheetFile.h"
+#include "style/CTavoWidgetStyle.h"
+#include "widgets/CTavoWidget.h"
+
+class CTavoButton : public CTavoWidget
+{
+    Q_OBJECT
+public:
+    CTavoButton()
+        : CTavoWidget(nullptr, 3)
+    {
+    }
+};
+
+class TestSampleSkin : public QObject
+{
+    Q_OBJECT
+    QString m_oldCwd;
+    CTavoStyleSheetFile m_file;
+
+    static QByteArray latin1(const QString& text) { return text.toLatin1(); }
+
+private slots:
+    void initTestCase()
+    {
+        m_oldCwd = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(qEnvironmentVariable("TGUI_RUN_DIR", TGUI_SOURCE_DIR "/run")));
+        QCOMPARE(m_file.parse("Skins/default/default.xml"), 0);
+    }
+    void cleanupTestCase()
+    {
+        iconRepository.clear();
+        StyleResourceContainer.reset();
+        CTavoWidgetStyle::resetScaling();
+        QDir::setCurrent(m_oldCwd);
+    }
+
+    void managerItemCarriesTheDesignResolutionAndItsBlock()
+    {
+        QVERIFY(m_file.get("manager"));
+        CTavoStyleSheet sheet;
+        sheet.set(latin1(m_file.getStyle("manager")).constData(), latin1(m_file.getAttributes("manager")).constData());
+        QCOMPARE(sheet.getAttribute("design-x"), QString("800"));
+        QCOMPARE(sheet.getAttribute("design-y"), QString("480"));
+        CTavoWidgetStyle* manager = sheet.get("CTavoLayoutMgr");
+        QVERIFY(manager && manager->isValid());
+        QCOMPARE(manager->Size("size"), QSize(800, 480));
+        QVERIFY(!manager->Image("status-background-image").isNull());
+        QVERIFY(!manager->Image("background-image").isNull());
+    }
+
+    void homeButtonsAreLaidOutFromTheSkin()
+    {
+        CTavoStyleSheet sheet;
+        sheet.set(latin1(m_file.getStyle("home")).constData(), latin1(m_file.getAttributes("home")).constData());
+        const char* names[] = {"Messages", "Contacts", "CallHistory", "Settings"};
+        int previousRight = -1;
+        for (const char* name : names) {
+            CTavoButton button;
+            button.setObjectName(name);
+            button.setStyleSheet(&sheet, true);
+            QCOMPARE(button.size(), QSize(148, 124));
+            QVERIFY2(button.left() > previousRight, name);
+            previousRight = button.right();
+            QVERIFY(button.backgroundBrush());
+            QVERIFY(!button.pressedImage().isNull());
+            QVERIFY(button.pressAnimation());
+            QCOMPARE(button.renderQuality(), 1);
+        }
+        QVERIFY(sheet.get("CTavoLabelWidget#title"));
+        QVERIFY(sheet.get("CTavoParagraph#intro"));
+    }
+
+    void softkeyRowSpansTheBottom()
+    {
+        CTavoStyleSheet sheet;
+        sheet.set(latin1(m_file.getStyle("softkeys")).constData(), latin1(m_file.getAttributes("softkeys")).constData());
+        CTavoWidgetStyle* surface = sheet.get("CTavoLayoutWidget");
+        QVERIFY(surface);
+        QCOMPARE(surface->Location("location"), QPoint(0, 416));
+        int right = 0;
+        for (int i = 1; i <= 4; ++i) {
+            CTavoButton key;
+            key.setObjectName(QString("softkey-%1").arg(i));
+            key.setStyleSheet(&sheet, true);
+            QVERIFY(key.left() >= right);
+            right = key.right();
+            QVERIFY(key.backgroundBrush());
+        }
+        QVERIFY(right < 800);
+    }
+
+    void demoIconsAreFilesAndOthersFallBack()
+    {
+        iconRepository.setIconPath(QString());
+        iconRepository.clear();
+        for (int number : {5, 7, 8, 9, 22, 25, 27, 28}) {
+            CIconResource& icon = iconRepository[number];
+            QCOMPARE(icon.getType(), 3);
+            bool placeholder = false;
+            QSvgRenderer* renderer = icon.getSvg(&placeholder, false);
+            QVERIFY2(!placeholder && renderer, qPrintable(iconRepository.iconName(number)));
+        }
+        bool placeholder = false;
+        QPixmap* missing = iconRepository[QString("Alerts")].getImage(&placeholder, false);
+        QVERIFY(placeholder);
+        QVERIFY(missing && !missing->isNull());
+    }
+};
+
+QTEST_MAIN(TestSampleSkin)
+#include "tst_sampleskin.moc"
