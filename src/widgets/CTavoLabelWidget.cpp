@@ -18,6 +18,13 @@ namespace {
 const unsigned kWrapBits = TavoTextNoWrap | TavoTextWordWrap | TavoTextAnywhere;
 const unsigned kTopFlag = 32;
 
+// One empty format shared by all labels until a style gives them their own.
+const QTextCharFormat& emptyCharFormat()
+{
+    static const QTextCharFormat format;
+    return format;
+}
+
 int pixelSizeOf(const QFont& font)
 {
     return font.pixelSize() > 0 ? font.pixelSize() : QFontInfo(font).pixelSize();
@@ -40,6 +47,7 @@ CTavoLabelWidget::CTavoLabelWidget(QWidget* parent, int x, int y, int w, int h)
     , m_elideFromLeft(false)
     , m_lineHeight(0)
     , m_useHighlightPen(false)
+    , m_highlightFormat(emptyCharFormat())
     , m_shadow(false)
 {
     invertColor(m_color, m_invertedColor);
@@ -275,7 +283,7 @@ void CTavoLabelWidget::layout(bool keepPixelSize)
     m_customCropPixels = int(style->UInt(QStringLiteral("custom-crop-char-pixels"), 0));
     m_elideFromLeft = style->Bool(QStringLiteral("elide-from-left"), false);
 
-    m_highlightFormat = QTextCharFormat();
+    m_highlightFormat = emptyCharFormat();
     m_highlightPen = style->Pen(QStringLiteral("highlighted-color"), QPen());
     bool found = false;
     const QColor highlighted = style->Color(QStringLiteral("highlighted-color"), QColor(), &found);
