@@ -18,7 +18,9 @@ QPixmap rasterise(QSvgRenderer* renderer, const QSize& size)
     painter.setRenderHints(QPainter::SmoothPixmapTransform | QPainter::Antialiasing);
     renderer->render(&painter);
     painter.end();
-    return QPixmap::fromImage(image);
+    // Without this the raster backend widens the pixmap to 32 bits and the
+    // 16-bit form saves nothing.
+    return QPixmap::fromImage(image, Qt::NoFormatConversion);
 }
 
 // Vectors are rasterised at sizes a screen can show; anything larger is a skin error.
