@@ -9,17 +9,8 @@
 #include "style/CTavoStyleSheet.h"
 #include "style/CTavoStyleSheetFile.h"
 #include "style/CTavoWidgetStyle.h"
+#include "widgets/CTavoButton.h"
 #include "widgets/CTavoWidget.h"
-
-class CTavoButton : public CTavoWidget
-{
-    Q_OBJECT
-public:
-    CTavoButton()
-        : CTavoWidget(nullptr, 3)
-    {
-    }
-};
 
 class TestSampleSkin : public QObject
 {
