@@ -83,6 +83,9 @@ CTavoLayoutWidget::CTavoLayoutWidget(QWidget* parent)
 {
     // Widgets created on a surface reach its sheet and its child mapping through these.
     CTavoWidget::setSurfaceAccess(&surfaceSheet, &surfaceChildRect);
+    // Listeners of the signals may be queued or recorded.
+    qRegisterMetaType<CTavoButton*>("CTavoButton*");
+    qRegisterMetaType<Qt::ArrowType>("Qt::ArrowType");
     ++s_count;
     guiLog(2, "Created layout widget. Layout widget count = %d", s_count);
     // Widget events end at the manager, whichever subclass the host built.
