@@ -90,6 +90,9 @@ void CTavoButton::init(TavoButtonSettings* settings, const QString& data, int in
     m_index = index;
     m_labelWidget->setText(m_settings.m_label);
     m_altLabelWidget->setText(m_settings.m_auxText);
+    // Vector icons are drawn at the icon's style size: it must be known first.
+    if (m_icon->designSize().isEmpty() && m_icon->styleSheet())
+        m_icon->layout();
     m_icon->init(m_settings.m_icon, true);
     if (doLayout)
         layout();
