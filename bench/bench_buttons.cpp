@@ -26,6 +26,7 @@
 #include "style/CTavoIconRepository.h"
 #include "widgets/CTavoButton.h"
 #include "widgets/CTavoIcon.h"
+#include "widgets/CTavoLabelWidget.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #define BENCH_NO_MALLOC_HOOKS 1
@@ -227,6 +228,19 @@ int main(int argc, char** argv)
     QImage ours(kScreenW, kScreenH, QImage::Format_RGB32);
     const Run tavo = measure([&] { surface.render(&ours); });
 
+    // The buttons alone, without QWidget::render around them.
+    Run buttonsOnly;
+    {
+        const QList<CTavoWidget*> painted = surface.findChildren<CTavoWidget*>();
+        QPainter painter(&ours);
+        buttonsOnly = measure([&] {
+            painter.fillRect(ours.rect(), QColor(20, 30, 40));
+            for (CTavoWidget* widget : painted)
+                if (widget->isVisible())
+                    widget->paint(&painter);
+        });
+    }
+
     // The same grid of QPushButtons.
     QWidget root;
     root.resize(kScreenW, kScreenH);
@@ -260,6 +274,18 @@ int main(int argc, char** argv)
     pushHolder.render(&scratch); // a QPushButton is polished and sized when first drawn
     const double pushBytes = double(g_liveBytes.load() - start) / kSamples;
 
+    // Where a button's bytes go: its parts on their own.
+    start = g_liveBytes.load();
+    for (int i = 0; i < kSamples; ++i) {
+        CTavoLabelWidget* label = new CTavoLabelWidget(&holder);
+        label->setText(mainText(i));
+    }
+    const double labelBytes = double(g_liveBytes.load() - start) / kSamples;
+    start = g_liveBytes.load();
+    for (int i = 0; i < kSamples; ++i)
+        new CTavoIcon(&holder);
+    const double iconBytes = double(g_liveBytes.load() - start) / kSamples;
+
 #ifdef BENCH_NO_MALLOC_HOOKS
     const bool counted = false;
 #else
@@ -269,11 +295,14 @@ int main(int argc, char** argv)
                 kColumns, kRows, kScreenW, kScreenH, kFrames, kWarmFrames);
     std::printf("%-34s %12s %12s\n", "", "CTavoButton", "QPushButton");
     std::printf("%-34s %12.1f %12.1f   (x%.2f)\n", "frames per second", tavo.fps, qt.fps, tavo.fps / qt.fps);
+    std::printf("%-34s %12.1f %12s\n", "  buttons painted alone", buttonsOnly.fps, "");
     if (counted) {
         std::printf("%-34s %12.2f %12.2f\n", "heap allocations per frame", tavo.allocationsPerFrame,
                     qt.allocationsPerFrame);
+        std::printf("%-34s %12.2f %12s\n", "  of which in painting the buttons", buttonsOnly.allocationsPerFrame, "");
         std::printf("%-34s %12.0f %12.0f   (%.2f of QPushButton)\n", "heap bytes per button, laid out",
                     tavoBytes, pushBytes, tavoBytes / pushBytes);
+        std::printf("%-34s %12.0f %12.0f\n", "  a label with text, an empty icon", labelBytes, iconBytes);
     } else {
         std::printf("%-34s %12s %12s\n", "heap allocations per frame", "n/a", "n/a");
         std::printf("%-34s %12s %12s\n", "heap bytes per button, laid out", "n/a", "n/a");
