@@ -412,6 +412,39 @@ private slots:
         mgr.setManagerStyle(plain, false);
         QCOMPARE(iconRepository.iconPath(), oneBit);
     }
+
+    // Start-up as zedagui in the run folder: profile, skin configuration, the
+    // sample skin's block and the run folder's fonts.
+    void sampleSkinAtStartUp()
+    {
+        QString run = QString::fromLocal8Bit(qgetenv("TGUI_RUN_DIR"));
+        if (run.isEmpty())
+            run = QStringLiteral(TGUI_SOURCE_DIR "/run");
+        const QString home = QDir::currentPath();
+        const QString name = QCoreApplication::applicationName();
+        const QByteArray fontDir = qgetenv("QT_QWS_FONTDIR");
+        QVERIFY(QDir::setCurrent(run));
+        QCoreApplication::setApplicationName(QStringLiteral("zedagui"));
+        qputenv("QT_QWS_FONTDIR", "fonts");
+        {
+            Host mgr;
+            QCOMPARE(mgr.managerStyleFile(), QString("Skins/default/default.xml"));
+            QCOMPARE(mgr.size(), QSize(800, 480));
+            QCOMPARE(mgr.styledRect(), QRect(0, 0, 800, 480));
+            QVERIFY(!mgr.statusBackgroundImage().isNull());
+            QVERIFY(!mgr.backgroundImage().isNull());
+            QCOMPARE(CTavoLayoutMgr::getSoftkeyPos(4), QPoint(640, 416));
+            QCOMPARE(QApplication::font().family(), QString("Open Sans"));
+            QCOMPARE(QApplication::font().pixelSize(), 16);
+            QVERIFY(mgr.japaneseOldFontId() >= 0);
+            QVERIFY(QFontDatabase::applicationFontFamilies(mgr.japaneseOldFontId()).contains("Droid Sans Fallback"));
+            QVERIFY(mgr.styleSheetFile()->get("home"));
+            QVERIFY(!mgr.spinnerAnimation());
+        }
+        QCoreApplication::setApplicationName(name);
+        qputenv("QT_QWS_FONTDIR", fontDir);
+        QVERIFY(QDir::setCurrent(home));
+    }
 };
 
 QTEST_MAIN(TestManagerStyle)
