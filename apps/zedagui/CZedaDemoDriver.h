@@ -39,6 +39,7 @@ private slots:
     void onFirstFrame();
     void onDocument(const QString& step);
     void onEnd();
+    void takeBootShot();
 
 private:
     QString nextName(const QString& step);
@@ -47,6 +48,7 @@ private:
     QString m_dir;
     bool m_quitOnEnd;
     bool m_ended = false;
+    bool m_bootShotPending = false;
     int m_shots = 0;
     int m_sequence = 0;
 };
