@@ -255,7 +255,11 @@ void CTavoLayoutMgr::applyManagerStyle(CTavoWidgetStyle* style)
     for (int i = 1; i <= 5; ++i)
         m_softkeyPos[i - 1] = style->Location(QString::asprintf("softkey-%d-location", i), QPoint(0, 0));
 
+    // Changing the flags hides a window; a skin change must not.
+    const bool wasVisible = isVisible();
     setWindowFlags(Qt::FramelessWindowHint);
+    if (wasVisible)
+        show();
     KineticScroll::s_bShowFrameRate = style->Bool(QStringLiteral("show-frame-rate"), false);
     m_usePaneSwitching = style->Bool(QStringLiteral("use-pane-switching"), false);
     if (style->Bool(QStringLiteral("use-greyscale-icons"), false))

@@ -364,8 +364,11 @@ private slots:
         QString skin = writeSkin("spin.xml", "size: 120x120; background: #00ff00;"
                                              "booting-image: " + url("boot.png").toLatin1() + ";"
                                              "booting-spinner-image: " + url("spinner.png").toLatin1() + ";");
-        mgr.setManagerStyle(skin, false);
         mgr.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&mgr));
+        // A new skin leaves a shown manager shown.
+        mgr.setManagerStyle(skin, false);
+        QVERIFY(mgr.isVisible());
         QVERIFY(QTest::qWaitForWindowExposed(&mgr));
         mgr.setUseBootingBackground(true);
         mgr.spinnerAnimation()->stop();
