@@ -32,7 +32,7 @@ public:
     // A size of -1 does not restrict. Returns at once for an unchanged definition and size.
     void init(const CTavoIconDefinition& definition, const QSize& size, int mode,
               SizeRestriction restriction = RestrictBoth);
-    void init(const CTavoIconDefinition& definition, bool useStyleSize);
+    void init(const CTavoIconDefinition& definition, bool useStyleSize = true);
     void init(int primary, int pressed = -1);
 
     // Takes effect with the next init.
