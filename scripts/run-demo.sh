@@ -1,6 +1,9 @@
 #!/usr/bin/env bash
-# The main job: the sample phone GUI zedagui against the simulated core.
-# With no DISPLAY it runs headless and writes screenshots to out/screens.
+# The main job: the sample phone GUI zedagui against the simulated core, which
+# plays run/scenarios/demo.txt. Without DISPLAY it runs headless on Qt's offscreen
+# platform, writes a screenshot after each scenario step into out/screens/,
+# prints each event the core receives and ends by itself; with a DISPLAY it
+# opens the window and runs until it is closed.
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 bash "$root/scripts/setup.sh"
@@ -10,16 +13,44 @@ cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_
 cmake --build "$build" --target zedagui tgui-core
 
 out="${TGUI_DEMO_OUT:-$root/out/screens}"
+scenario="${TGUI_DEMO_SCENARIO:-scenarios/demo.txt}"
 cd "$root/run"
-# The simulated core plays the demo scenario to zedagui; it ends with the demo.
-"$build/bin/tgui-core" --port "${TGUI_DEMO_PORT:-10010}" --scenario scenarios/demo.txt &
+mkdir -p "$out"
+rm -f "$out"/*.png "$out"/core.log "$out"/zedagui.log
+
+# The core listens on the port of run/Skins/default.conf. Its lines go to
+# core.log; the events it receives are printed as they come.
+core_fifo="$(mktemp -u)"; mkfifo "$core_fifo"
+"$build/bin/tgui-core" --port 10010 --scenario "$scenario" >"$core_fifo" 2>&1 &
 core=$!
-trap 'kill "$core" 2>/dev/null || true' EXIT
-sleep 0.3
-if [ -z "${DISPLAY:-}" ]; then
-  rm -rf "$out"; mkdir -p "$out"
-  QT_QPA_PLATFORM=offscreen "$build/bin/zedagui" --screenshots "$out" --exit-after 2000
-  echo "screenshots in $out:"; ls "$out"
-else
-  "$build/bin/zedagui"
+( while IFS= read -r line; do
+    printf '%s\n' "$line" >>"$out/core.log"
+    case "$line" in
+      EVENT*) printf 'core received: %s\n' "${line#EVENT }" ;;
+      "SCENARIO timeout"*|REJECT*) printf 'core: %s\n' "$line" ;;
+    esac
+  done <"$core_fifo" ) &
+reader=$!
+trap 'kill "$core" 2>/dev/null || true; rm -f "$core_fifo"' EXIT
+
+# The core is up once its first line is written.
+for _ in $(seq 50); do [ -s "$out/core.log" ] && break; sleep 0.1; done
+if ! grep -q '^LISTENING' "$out/core.log" 2>/dev/null; then
+  echo "tgui-core did not start (is port 10010 taken?):" >&2
+  cat "$out/core.log" >&2 || true
+  exit 1
 fi
+
+status=0
+if [ -z "${DISPLAY:-}" ]; then
+  QT_QPA_PLATFORM=offscreen "$build/bin/zedagui" --screenshots "$out" --quit-on-end \
+      --deadline 28000 2>"$out/zedagui.log" || status=$?
+  wait "$core" || true
+  wait "$reader" || true
+  echo "screenshots in $out:"
+  ls "$out"/*.png
+  [ "$status" -eq 0 ] || echo "zedagui ended with exit code $status; see $out/zedagui.log" >&2
+else
+  "$build/bin/zedagui" --screenshots "$out" 2>"$out/zedagui.log" || status=$?
+fi
+exit "$status"

@@ -9,6 +9,13 @@
 #include <QLineEdit>
 #include <QLocale>
 #include <QMoveEvent>
+#include <QDir>
+#include <QFileInfo>
+#include <QLibraryInfo>
+#include <QPaintEvent>
+#include <QPainter>
+#include <QPropertyAnimation>
+#include <QScreen>
 #include <QSettings>
 #include <QStringList>
 #include <cstdlib>
@@ -19,7 +26,10 @@
 #include "layout/CTavoLayoutWidget.h"
 #include "layout/CTavoLocale.h"
 #include "log/GuiLog.h"
+#include "style/CTavoIconRepository.h"
+#include "style/CTavoResourceRepository.h"
 #include "style/TavoProfile.h"
+#include "widgets/KineticScroll.h"
 #include "tools/TavoToolFlags.h"
 
 #include "CTXMLEvent.h"
@@ -136,12 +146,233 @@ void CTavoLayoutMgr::initializeSettings()
 
 void CTavoLayoutMgr::setManagerStyle(QString& skinFile, bool announce)
 {
-    // The skin is read with the style sheet files; until then the manager only
-    // remembers which skin it was given and announces nothing, as for a skin
-    // without a "manager" entry.
-    Q_UNUSED(announce);
     m_managerStyleFile = skinFile;
-    guiLog(0, "CTavoLayoutMgr::setManagerStyle - %s", qPrintable(skinFile));
+    std::unique_ptr<CTavoStyleSheetFile> skin(new CTavoStyleSheetFile);
+    skin->parse(skinFile);
+    CTavoStyleItem* item = skin->get(QStringLiteral("manager"));
+    if (!item) {
+        guiLog(3, "CTavoLayoutMgr::setManagerStyle - no manager item in %s", qPrintable(skinFile));
+        return;
+    }
+    const QByteArray style = item->m_style.toLatin1();
+    const QByteArray attributes = item->m_attributes.toLatin1();
+    m_skin = std::move(skin);
+
+    // Everything the old skin named is gone with the repository: no handle may
+    // keep pointing into it, whatever the new skin provides.
+    StyleResourceContainer.reset();
+    m_backgroundBrush = nullptr;
+    m_backgroundImage = CTavoImage();
+    m_statusBackgroundImage = CTavoImage();
+    m_bootingImage = CTavoImage();
+    m_spinnerImage = CTavoImage();
+    m_styleSheet.set(style.constData(), attributes.constData());
+
+    CTavoWidgetStyle* managerStyle = m_styleSheet.get(this, QString());
+    if (managerStyle && managerStyle->isValid())
+        applyManagerStyle(managerStyle);
+    if (announce)
+        emit evLayoutMgr(1021, 0);
+}
+
+namespace {
+// The device's navigation bar belongs to the platform; these are its hooks.
+void navigationBar(const char* action)
+{
+    guiLog(1, "CTavoLayoutMgr navigation bar: %s", action);
+}
+}  // namespace
+
+void CTavoLayoutMgr::applyManagerStyle(CTavoWidgetStyle* style)
+{
+    m_managerStyle = *style;
+    const CTavoImage noImage(QMetaType::QImage, nullptr);
+
+    CTavoImage::s_removeVideoKey = style->Bool(QStringLiteral("remove-video-key"), false);
+
+    bool found = false;
+    QPoint location = style->Location(QStringLiteral("location"), QPoint(), &found);
+    if (found) {
+        if (location == QPoint(-1, -1)) {
+            QScreen* screen = QGuiApplication::primaryScreen();
+            const QRect available = screen ? screen->availableGeometry() : QRect();
+            location = QPoint(available.x() + (available.width() - width()) / 2,
+                              available.y() + (available.height() - height()) / 2);
+        }
+        move(location);
+        m_styledRect.moveTopLeft(location);
+    }
+    const QSize size = style->Size(QStringLiteral("size"), QSize(), &found);
+    if (found) {
+        setFixedSize(size);
+        m_styledRect.setSize(size);
+    }
+
+    m_fontPath = style->String(QStringLiteral("font-path"), QStringLiteral("droid"));
+    loadFonts();
+    const QString family = style->String(QStringLiteral("default-font-family"), QStringLiteral("Droid Sans"));
+    const unsigned pixels = style->UInt(QStringLiteral("default-font-px"), 13);
+    if (!family.isEmpty() && pixels != 0 && qobject_cast<QApplication*>(QCoreApplication::instance())) {
+        QFont font(family);
+        font.setPixelSize(int(qMin(pixels, 4096u)));
+        QApplication::setFont(font);
+    }
+
+    m_backgroundBrush = style->BrushPtr(QStringLiteral("background"), nullptr);
+    m_backgroundImage = style->Image(QStringLiteral("background-image"), noImage);
+    m_statusBackgroundImage = style->Image(QStringLiteral("status-background-image"), noImage);
+    m_statusBackgroundImage.append(m_backgroundImage);
+    m_bootingImage = style->Image(QStringLiteral("booting-image"), noImage);
+    m_spinnerImage = style->Image(QStringLiteral("booting-spinner-image"), noImage);
+    m_bootingImgLocation = style->Location(QStringLiteral("booting-img-location"), QPoint(0, 0));
+    m_bootingImgSize = style->Size(QStringLiteral("booting-img-size"), QSize(-1, -1));
+    m_firstMenuDelay = style->UInt(QStringLiteral("delay-first-menu-show"), 0);
+    m_mainAppName = style->String(QStringLiteral("main-app-apk-name"), QString());
+
+    const unsigned period = style->UInt(QStringLiteral("forced-refresh-period"), 0);
+    if (period > 0) {
+        if (!m_refreshTimer) {
+            m_refreshTimer = new QTimer(this);
+            connect(m_refreshTimer, &QTimer::timeout, this, [this] { update(); });
+        }
+        m_refreshTimer->start(int(qMin(period, 86400000u)));
+    }
+
+    // Read a second time, as the skins have always been read: the plain
+    // background goes over the status background once more.
+    m_statusBackgroundImage = style->Image(QStringLiteral("status-background-image"), noImage);
+    m_statusBackgroundImage.append(m_backgroundImage);
+    m_customDirectoriesRequired = style->Bool(QStringLiteral("custom-directories-required"), true);
+
+    const CTavoImage layer = style->Image(QStringLiteral("background-fadeout-layer-image"), noImage);
+    if (!layer.isNull()) {
+        // A copy of its own, so that fading leaves the status background as it is.
+        m_fadedBackgroundImage << m_statusBackgroundImage;
+        m_fadedBackgroundImage.append(layer);
+    }
+
+    m_iconPath = style->String(QStringLiteral("icon-path"), QString()).remove(QLatin1Char('"'));
+    for (int i = 1; i <= 5; ++i)
+        m_softkeyPos[i - 1] = style->Location(QString::asprintf("softkey-%d-location", i), QPoint(0, 0));
+
+    // Changing the flags hides a window; a skin change must not.
+    const bool wasVisible = isVisible();
+    setWindowFlags(Qt::FramelessWindowHint);
+    if (wasVisible)
+        show();
+    KineticScroll::s_bShowFrameRate = style->Bool(QStringLiteral("show-frame-rate"), false);
+    m_usePaneSwitching = style->Bool(QStringLiteral("use-pane-switching"), false);
+    if (style->Bool(QStringLiteral("use-greyscale-icons"), false))
+        iconRepository.useGreyscaleIcons();
+    if (style->Bool(QStringLiteral("use-onebit-icons"), false))
+        iconRepository.useOneBitIcons();
+    m_useZenithIcons = style->Bool(QStringLiteral("use-zenith-icons"), false);
+    if (m_useZenithIcons)
+        iconRepository.useZenithIcons();
+    m_cjkFontSupport = style->Bool(QStringLiteral("cjk-font-support"), true);
+    m_nextGenUI = style->Bool(QStringLiteral("nextgenUI-enabled"), false);
+    if (!style->Bool(QStringLiteral("show-navigation-bar"), true)) {
+        if (style->Bool(QStringLiteral("make-nav-bar-sticky"), false)) {
+            m_navBarSticky = true;
+            navigationBar("disableNavigationStickyKeepStatusbar");
+        } else {
+            navigationBar("disableNavigationBar");
+        }
+    }
+    m_useOneBitIcons = style->Bool(QStringLiteral("use-onebit-icons"), false);
+    // The same key serves as a flag and as a number.
+    m_customDirectories = style->UInt(QStringLiteral("custom-directories-required"), 0);
+
+    if (!m_bootingImage.isNull() && !m_spinnerAnimation) {
+        m_spinnerAnimation = new QPropertyAnimation(this, "spinnerRotationAngle", this);
+        m_spinnerAnimation->setDuration(1000);
+        m_spinnerAnimation->setStartValue(0.0);
+        m_spinnerAnimation->setEndValue(45.0);
+        m_spinnerAnimation->setLoopCount(-1);
+    }
+}
+
+void CTavoLayoutMgr::loadFonts()
+{
+    QString root = QString::fromLocal8Bit(qgetenv("QT_QWS_FONTDIR"));
+    if (root.isEmpty())
+        root = QLibraryInfo::location(QLibraryInfo::LibrariesPath) + QStringLiteral("/fonts");
+    const QDir dir(root + QLatin1Char('/') + m_fontPath);
+    const QFileInfoList files = dir.entryInfoList(QDir::Files, QDir::Name);
+    for (const QFileInfo& file : files) {
+        const int id = QFontDatabase::addApplicationFont(file.filePath());
+        if (id < 0) {
+            guiLog(4, "Failed to add font: %s", qPrintable(file.filePath()));
+            continue;
+        }
+        const QString name = file.fileName();
+        if (name == QLatin1String("DroidFallbackSansJapanese.ttf") || name == QLatin1String("DroidSansJapanese.ttf"))
+            m_JapaneseNewFontId = id;
+        else if (name == QLatin1String("DroidSansFallback.ttf"))
+            m_JapaneseOldFontId = id;
+    }
+    static const char* const fixed[] = {"MTLmr3m.ttf", "DroidSansFallback.ttf", "DroidSansJapanese.ttf",
+                                        "DroidNaskh-Regular.ttf", "DroidNaskh-Bold.ttf"};
+    for (const char* name : fixed) {
+        const QString path = QStringLiteral("./Skins/leaf/fonts/") + QLatin1String(name);
+        if (QFontDatabase::addApplicationFont(path) < 0)
+            guiLog(4, "Failed to add font: %s", qPrintable(path));
+        else
+            guiLog(0, "Added font: %s", qPrintable(path));
+    }
+    emit languageChange(QString());
+}
+
+void CTavoLayoutMgr::paintEvent(QPaintEvent* event)
+{
+    QPainter painter(this);
+    if (m_transparent) {
+        painter.setCompositionMode(QPainter::CompositionMode_Source);
+        painter.fillRect(rect(), Qt::transparent);
+        return;
+    }
+    painter.setClipRegion(event->region());
+
+    if (m_useBootingBackground && !m_bootingImage.isNull()) {
+        if (m_bootingImgSize.width() >= 0 && m_bootingImgSize.height() >= 0) {
+            painter.fillRect(rect(), Qt::black);
+            m_bootingImage.paint(&painter, QRect(m_bootingImgLocation, m_bootingImgSize));
+        } else {
+            m_bootingImage.paint(&painter, rect());
+        }
+        if (m_showSpinner && !m_spinnerImage.isNull()) {
+            const QPointF centre(width() / 2, (height() / 2) * 1.5);
+            const QSize spinner = m_spinnerImage.size();
+            const int top = int(centre.y()) - spinner.height() / 2;
+            painter.save();
+            painter.translate(centre);
+            painter.rotate(m_spinnerAngle);
+            painter.translate(-centre);
+            m_spinnerImage.paint(&painter, QRect(int(centre.x()) - spinner.width() / 2, top,
+                                                 spinner.width(), spinner.height()));
+            painter.restore();
+            painter.setPen(Qt::white);
+            painter.setFont(QFont(QStringLiteral("Droid"), 18, 75));
+            painter.drawText(QRect(0, top - 200, width(), 49), Qt::AlignCenter, m_bootingText);
+        }
+        return;
+    }
+
+    if (m_backgroundBrush && m_backgroundBrush->style() != Qt::NoBrush) {
+        painter.fillRect(rect(), *m_backgroundBrush);
+        return;
+    }
+
+    const CTavoImage& image = m_backgroundFaded ? m_fadedBackgroundImage : m_statusBackgroundImage;
+    if (image.isNull())
+        return;
+    const QSize status = m_statusBackgroundImage.size();
+    if (status.width() > width() && status.height() > height()) {
+        image.paint(&painter, rect());
+    } else {
+        const QPoint offset((width() - status.width()) / 2, (height() - status.height()) / 2);
+        image.paint(&painter, QRect(offset, image.size()));
+    }
 }
 
 // --- documents from the core ------------------------------------------------
@@ -652,7 +883,7 @@ void CTavoLayoutMgr::removeJapaneseFontFile(bool newFont)
 
 void CTavoLayoutMgr::fadeOutBackground()
 {
-    if (!m_backgroundFaded) {
+    if (!m_fadedBackgroundImage.isNull() && !m_backgroundFaded) {
         m_backgroundFaded = true;
         update();
     }
@@ -660,7 +891,7 @@ void CTavoLayoutMgr::fadeOutBackground()
 
 void CTavoLayoutMgr::focusInBackground()
 {
-    if (m_backgroundFaded) {
+    if (!m_fadedBackgroundImage.isNull() && m_backgroundFaded) {
         m_backgroundFaded = false;
         update();
     }
@@ -668,7 +899,41 @@ void CTavoLayoutMgr::focusInBackground()
 
 void CTavoLayoutMgr::setSpinnerRotationAngle(qreal angle)
 {
+    if (!m_useBootingBackground)
+        return;
     m_spinnerAngle = angle;
+    // A full-screen repaint for every step would be too much: one in eight.
+    m_spinnerTicks = (m_spinnerTicks + 1) % 8;
+    if (m_spinnerTicks == 0)
+        update();
+}
+
+void CTavoLayoutMgr::setUseBootingBackground(bool on)
+{
+    if (m_useBootingBackground == on && m_showSpinner == on)
+        return;
+    m_useBootingBackground = on;
+    m_showSpinner = on;
+    if (m_spinnerAnimation) {
+        if (on)
+            m_spinnerAnimation->start();
+        else
+            m_spinnerAnimation->stop();
+    }
+    update();
+    if (on)
+        navigationBar(m_navBarSticky ? "disableNavigationBarSticky" : "disableNavigationBar");
+    else if (!m_navBarSticky)
+        navigationBar("enableNavigationBar");
+}
+
+void CTavoLayoutMgr::setBootingText(const QString& text)
+{
+    if (text == m_bootingText)
+        return;
+    m_bootingText = text;
+    if (m_useBootingBackground)
+        update();
 }
 
 void CTavoLayoutMgr::setTransparent(bool transparent)

@@ -16,18 +16,24 @@
 #include <QTimer>
 #include <QVector>
 #include <QWidget>
+#include <memory>
 
 #include "core/AppDefs.h"
 #include "core/CTavoCoreCommunicator.h"
 #include "data/CTavoDb.h"
 #include "layout/CTavoSettings.h"
 #include "layout/CTavoTranslator.h"
+#include "style/CTavoImage.h"
+#include "style/CTavoStyleSheet.h"
+#include "style/CTavoStyleSheetFile.h"
+#include "style/CTavoWidgetStyle.h"
 
 #include "CTXMLQws.h"
 #include "CTXMLRoot.h"
 
 class CTavoLayoutWidget;
 class QDomNode;
+class QPropertyAnimation;
 
 class CTavoLayoutMgr : public QWidget
 {
@@ -99,6 +105,43 @@ public:
     QTimer& shutdownTimer() { return m_shutdownTimer; }
     static CTXMLRoot& xmlRoot() { return m_xmlRoot; }
 
+    // The skin: the file last applied, the manager's sheet and its block.
+    CTavoStyleSheetFile* styleSheetFile() const { return m_skin.get(); }
+    CTavoStyleSheet& styleSheet() { return m_styleSheet; }
+    const CTavoWidgetStyle& managerStyle() const { return m_managerStyle; }
+    QString fontPath() const { return m_fontPath; }
+    QString iconPath() const { return m_iconPath; }
+    QBrush* backgroundBrush() const { return m_backgroundBrush; }
+    const CTavoImage& backgroundImage() const { return m_backgroundImage; }
+    const CTavoImage& statusBackgroundImage() const { return m_statusBackgroundImage; }
+    const CTavoImage& fadedBackgroundImage() const { return m_fadedBackgroundImage; }
+    const CTavoImage& bootingImage() const { return m_bootingImage; }
+    const CTavoImage& spinnerImage() const { return m_spinnerImage; }
+    QPoint bootingImageLocation() const { return m_bootingImgLocation; }
+    QSize bootingImageSize() const { return m_bootingImgSize; }
+    QPropertyAnimation* spinnerAnimation() const { return m_spinnerAnimation; }
+    unsigned firstMenuDelay() const { return m_firstMenuDelay; }
+    QString mainAppName() const { return m_mainAppName; }
+    QTimer* refreshTimer() const { return m_refreshTimer; }
+    bool usePaneSwitching() const { return m_usePaneSwitching; }
+    bool cjkFontSupport() const { return m_cjkFontSupport; }
+    bool nextGenUI() const { return m_nextGenUI; }
+    bool navBarSticky() const { return m_navBarSticky; }
+    bool customDirectoriesRequired() const { return m_customDirectoriesRequired; }
+    unsigned customDirectories() const { return m_customDirectories; }
+    bool useZenithIcons() const { return m_useZenithIcons; }
+    bool useOneBitIcons() const { return m_useOneBitIcons; }
+    bool isTransparent() const { return m_transparent; }
+    bool isBackgroundFaded() const { return m_backgroundFaded; }
+    bool useBootingBackground() const { return m_useBootingBackground; }
+    bool showSpinner() const { return m_showSpinner; }
+    int spinnerTicks() const { return m_spinnerTicks; }
+    QString bootingText() const { return m_bootingText; }
+    void setBootingText(const QString& text);
+    void setUseBootingBackground(bool on);
+    int japaneseNewFontId() const { return m_JapaneseNewFontId; }
+    int japaneseOldFontId() const { return m_JapaneseOldFontId; }
+
     // Stop order: Quit (or QuitBrow) first, then handleShutdown.
     void QuitBrow();
 
@@ -138,8 +181,11 @@ protected:
 
     void changeEvent(QEvent* event) override;
     void moveEvent(QMoveEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
 
     void initializeSettings();
+    void applyManagerStyle(CTavoWidgetStyle* style);
+    void loadFonts();
     void handleConfiguration();
     void handleLanguage(const char* code);
     void handleAppConnectionStatusChange(int mask);
@@ -154,8 +200,10 @@ protected:
     int m_configDigit = 0;
     QString m_iconPath;
     QMap<int, CTavoLayoutWidget*> m_childWidgets;
+    CTavoStyleSheet m_styleSheet;
     CTavoDb m_db;
     CTXMLQws m_qwsDocument;
+    CTavoWidgetStyle m_managerStyle;
     CTavoSettings m_settings;
     CTavoCoreCommunicator* m_coreCom = nullptr;
     CTavoCoreCommunicator* m_localCom = nullptr;
@@ -178,9 +226,35 @@ protected:
     QString m_managerStyleFile;   // the skin last handed to setManagerStyle
     QRect m_styledRect;
     bool m_defaultLineView = false;
+    // Kept for the life of the process: surfaces fetch their items from it.
+    std::unique_ptr<CTavoStyleSheetFile> m_skin;
+    QBrush* m_backgroundBrush = nullptr;
+    CTavoImage m_backgroundImage;
+    CTavoImage m_statusBackgroundImage;
+    CTavoImage m_fadedBackgroundImage;
+    CTavoImage m_bootingImage;
+    QPoint m_bootingImgLocation;
+    QSize m_bootingImgSize = QSize(-1, -1);
+    CTavoImage m_spinnerImage;
+    QPropertyAnimation* m_spinnerAnimation = nullptr;
+    unsigned m_firstMenuDelay = 0;
+    QString m_mainAppName;
+    QTimer* m_refreshTimer = nullptr;
+    bool m_usePaneSwitching = false;
+    bool m_cjkFontSupport = true;
+    bool m_nextGenUI = false;
+    bool m_navBarSticky = false;
+    bool m_customDirectoriesRequired = true;
+    unsigned m_customDirectories = 0;
+    bool m_useZenithIcons = false;
+    bool m_useOneBitIcons = false;
     bool m_transparent = false;
+    bool m_useBootingBackground = false;
+    bool m_showSpinner = false;
     bool m_backgroundFaded = false;
     qreal m_spinnerAngle = 0;
+    int m_spinnerTicks = 0;
+    QString m_bootingText;
     int m_JapaneseNewFontId = -1;
     int m_JapaneseOldFontId = -1;
 

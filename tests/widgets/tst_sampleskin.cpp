@@ -9,17 +9,12 @@
 #include "style/CTavoStyleSheet.h"
 #include "style/CTavoStyleSheetFile.h"
 #include "style/CTavoWidgetStyle.h"
+#include "widgets/CTavoButton.h"
+#include "widgets/CTavoIcon.h"
+#include "widgets/CTavoIconLabel.h"
+#include "widgets/CTavoLabelWidget.h"
+#include "widgets/CTavoVarWidthButton.h"
 #include "widgets/CTavoWidget.h"
-
-class CTavoButton : public CTavoWidget
-{
-    Q_OBJECT
-public:
-    CTavoButton()
-        : CTavoWidget(nullptr, 3)
-    {
-    }
-};
 
 class TestSampleSkin : public QObject
 {
@@ -78,6 +73,58 @@ private slots:
         }
         QVERIFY(sheet.get("CTavoLabelWidget#title"));
         QVERIFY(sheet.get("CTavoParagraph#intro"));
+    }
+
+    void tilesShowIconLabelAndFocusedLooks()
+    {
+        CTavoStyleSheet sheet;
+        sheet.set(latin1(m_file.getStyle("home")).constData(), latin1(m_file.getAttributes("home")).constData());
+        iconRepository.setIconPath(QString());
+        iconRepository.clear();
+        CTavoButton tile;
+        tile.setObjectName("Messages");
+        tile.setStyleSheet(&sheet, true);
+        TavoButtonSettings settings;
+        settings.set("Messages", "Messages", "home:messages", QString(), QString(),
+                     CTavoIconDefinition(QString(), "3", 5), "", 1);
+        tile.init(&settings);
+        QCOMPARE(tile.rect(), QRect(66, 176, 148, 124));
+        QVERIFY(!tile.focusedImage().isNull());
+        QVERIFY(!tile.focusedPressedImage().isNull());
+        QVERIFY(tile.focusedImage() != tile.pressedImage());
+        // The icon stands centred 14 pixels below the top; its count badge beside it.
+        QCOMPARE(tile.icon()->pos(), QPoint(66 + 46, 176 + 14));
+        QCOMPARE(tile.icon()->iconRect().size(), QSize(56, 56));
+        QCOMPARE(tile.icon()->label()->text(), QString("3"));
+        QVERIFY(tile.icon()->label()->isVisible());
+        QCOMPARE(tile.icon()->label()->rect().size(), QSize(24, 24));
+        // The label fills the content and sits at its bottom.
+        QVERIFY(tile.labelWidget()->isVisible());
+        QVERIFY(QRect(66, 176, 148, 124).contains(tile.labelWidget()->rect()));
+        QCOMPARE(tile.labelWidget()->pen().color(), QColor("#ffffff"));
+        // Urgent tiles take their own block and keep their place.
+        tile.setPriority(ItemPriorityUrgent);
+        QCOMPARE(tile.pseudoState(), QString("urgent"));
+        QCOMPARE(tile.pos(), QPoint(66, 176));
+        QVERIFY(tile.backgroundBrush() && tile.backgroundBrush()->color().red() == 230);
+        iconRepository.clear();
+    }
+
+    void softkeysHavePressedFocusedAndUrgentLooks()
+    {
+        CTavoStyleSheet sheet;
+        sheet.set(latin1(m_file.getStyle("softkeys")).constData(), latin1(m_file.getAttributes("softkeys")).constData());
+        for (const char* selector : {"CTavoButton", "CTavoButton#softkey-1", "CTavoButton:urgent"}) {
+            CTavoWidgetStyle* block = sheet.get(selector);
+            QVERIFY2(block, selector);
+            QVERIFY2(!block->Image("background-pressed-image").isNull(), selector);
+            QVERIFY2(block->BrushPtr("background-focused"), selector);
+        }
+        CTavoVarWidthButton button;
+        button.setStyleSheet(&sheet, true);
+        button.setText("Paste");
+        QVERIFY(button.width() > 24);
+        QCOMPARE(button.height(), 40);
     }
 
     void softkeyRowSpansTheBottom()

@@ -1,0 +1,176 @@
+#include "CZedaDemoDriver.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QMouseEvent>
+#include <QPixmap>
+#include <QRegularExpression>
+#include <QTimer>
+#include <cstdio>
+#include <ctime>
+#include <unistd.h>
+
+#include "CZedaGui.h"
+#include "log/GuiLog.h"
+#include "widgets/CTavoWidget.h"
+
+namespace {
+// One line per fact on standard output: the demo script and the tests read it.
+void say(const QString& line)
+{
+    std::fprintf(stdout, "zedagui: %s\n", line.toUtf8().constData());
+    std::fflush(stdout);
+}
+
+const int kPressHoldMs = 240;
+}  // namespace
+
+CZedaDemoDriver::CZedaDemoDriver(CZedaGui* gui, const QString& shotDir, bool quitOnEnd)
+    : QObject(gui), m_gui(gui), m_dir(shotDir), m_quitOnEnd(quitOnEnd)
+{
+    if (!m_dir.isEmpty() && !QDir().mkpath(m_dir)) {
+        guiLog(4, "zedagui: cannot create the screenshot folder %s", qPrintable(m_dir));
+        m_dir.clear();
+    }
+    connect(gui, &CZedaGui::firstFramePainted, this, &CZedaDemoDriver::onFirstFrame);
+    connect(gui, &CZedaGui::documentHandled, this, &CZedaDemoDriver::onDocument);
+    connect(gui, &CZedaGui::pressRequested, this, &CZedaDemoDriver::press);
+    connect(gui, &CZedaGui::scenarioEnded, this, &CZedaDemoDriver::onEnd);
+}
+
+void CZedaDemoDriver::setDeadline(int ms)
+{
+    QTimer::singleShot(ms, this, [this, ms] {
+        if (m_ended)
+            return;
+        say(QStringLiteral("the scenario did not end within %1 ms").arg(ms));
+        QCoreApplication::exit(4);
+    });
+}
+
+void CZedaDemoDriver::setExitAfter(int ms)
+{
+    QTimer::singleShot(ms, this, [this] {
+        m_ended = true;
+        shoot(QStringLiteral("99-end"));
+        emit m_gui->shutDown(0);
+    });
+}
+
+qint64 CZedaDemoDriver::msSinceProcessStart()
+{
+    // Field 22 of /proc/self/stat: start time in clock ticks after boot.
+    QFile stat(QStringLiteral("/proc/self/stat"));
+    if (!stat.open(QIODevice::ReadOnly))
+        return -1;
+    const QByteArray text = stat.readAll();
+    const int close = text.lastIndexOf(')');
+    if (close < 0)
+        return -1;
+    const QList<QByteArray> fields = text.mid(close + 2).split(' ');
+    if (fields.size() < 20)
+        return -1;
+    bool ok = false;
+    const qint64 ticks = fields.at(19).toLongLong(&ok);
+    const long hz = sysconf(_SC_CLK_TCK);
+    timespec now{};
+    if (!ok || hz <= 0 || clock_gettime(CLOCK_BOOTTIME, &now) != 0)
+        return -1;
+    const qint64 nowMs = qint64(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
+    return nowMs - ticks * 1000 / hz;
+}
+
+QString CZedaDemoDriver::nextName(const QString& step)
+{
+    QString clean = step;
+    clean.replace(QRegularExpression(QStringLiteral("[^A-Za-z0-9_-]")), QStringLiteral("-"));
+    if (clean.isEmpty())
+        clean = QStringLiteral("step");
+    // 99 stays for the end.
+    const int n = qMin(++m_sequence, 98);
+    return QStringLiteral("%1-%2").arg(n, 2, 10, QLatin1Char('0')).arg(clean.left(40));
+}
+
+QString CZedaDemoDriver::shoot(const QString& file)
+{
+    if (m_dir.isEmpty())
+        return QString();
+    const QString path = QDir(m_dir).filePath(file + QStringLiteral(".png"));
+    if (!m_gui->grab().save(path, "PNG")) {
+        guiLog(4, "zedagui: cannot write the screenshot %s", qPrintable(path));
+        return QString();
+    }
+    ++m_shots;
+    say(QStringLiteral("screenshot %1").arg(path));
+    return path;
+}
+
+void CZedaDemoDriver::onFirstFrame()
+{
+    const qint64 ms = msSinceProcessStart();
+    say(ms >= 0 ? QStringLiteral("first frame painted %1 ms after process start").arg(ms)
+                : QStringLiteral("first frame painted (process start unknown)"));
+    // Not from inside the paint event that announced it; a document that comes
+    // first takes it before its own.
+    m_bootShotPending = true;
+    QTimer::singleShot(0, this, &CZedaDemoDriver::takeBootShot);
+}
+
+void CZedaDemoDriver::takeBootShot()
+{
+    if (!m_bootShotPending)
+        return;
+    m_bootShotPending = false;
+    shoot(QStringLiteral("00-boot"));
+}
+
+void CZedaDemoDriver::onDocument(const QString& step)
+{
+    takeBootShot();
+    if (!m_ended)
+        shoot(nextName(step));
+}
+
+void CZedaDemoDriver::press(const QString& name)
+{
+    CTavoWidget* target = nullptr;
+    for (CTavoWidget* w : m_gui->findChildren<CTavoWidget*>(name)) {
+        QWidget* surface = w->parentWidget();
+        if (w->isVisible() && surface && surface->isVisible()) {
+            target = w;
+            break;
+        }
+    }
+    if (!target) {
+        say(QStringLiteral("no visible button %1 to press").arg(name));
+        return;
+    }
+    QWidget* surface = target->parentWidget();
+    const QPoint at = target->center();
+    const QPoint global = surface->mapToGlobal(at);
+    say(QStringLiteral("pressing %1 at %2,%3").arg(name).arg(at.x()).arg(at.y()));
+    QMouseEvent down(QEvent::MouseButtonPress, at, global, Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(surface, &down);
+    // The pressed look fades in: the picture is taken halfway through the hold.
+    const QString shot = nextName(QStringLiteral("press-") + name);
+    QPointer<QWidget> guard(surface);
+    QTimer::singleShot(kPressHoldMs / 2, this, [this, shot] { shoot(shot); });
+    QTimer::singleShot(kPressHoldMs, this, [guard, at, global] {
+        if (!guard)
+            return;
+        QMouseEvent up(QEvent::MouseButtonRelease, at, global, Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(guard, &up);
+    });
+}
+
+void CZedaDemoDriver::onEnd()
+{
+    if (m_ended)
+        return;
+    m_ended = true;
+    shoot(QStringLiteral("99-end"));
+    say(QStringLiteral("scenario ended, %1 screenshots").arg(m_shots));
+    if (m_quitOnEnd)
+        QTimer::singleShot(0, m_gui, [gui = m_gui] { emit gui->shutDown(0); });
+}

@@ -1,0 +1,54 @@
+#pragma once
+// Drives zedagui for the demo and for test automation: measures the time from
+// process start to the first painted frame, writes a screenshot of the window
+// after each document of the core has taken effect and while a scripted press
+// holds a button down, presses buttons with synthetic mouse events on request
+// of the scenario, and ends the process at the scenario's end.
+//
+// Screenshots: DIR/NN-<step>.png in the order taken, 00-boot.png for the first
+// frame, 99-end.png for the end of the scenario (or of --exit-after).
+#include <QElapsedTimer>
+#include <QObject>
+#include <QString>
+
+class CZedaGui;
+
+class CZedaDemoDriver : public QObject
+{
+    Q_OBJECT
+public:
+    // shotDir empty: no screenshots. quitOnEnd: the scenario's end ends the process.
+    CZedaDemoDriver(CZedaGui* gui, const QString& shotDir, bool quitOnEnd);
+
+    // Ends the process with exit code 4 if the scenario has not ended by then.
+    void setDeadline(int ms);
+    // Takes the final screenshot and ends the process with exit code 0 after ms.
+    void setExitAfter(int ms);
+
+    // Milliseconds since the kernel started this process; -1 if unknown.
+    static qint64 msSinceProcessStart();
+    // Writes the window as DIR/<file>.png; returns the path or "" without a folder.
+    QString shoot(const QString& file);
+    int shotCount() const { return m_shots; }
+
+public slots:
+    // Synthetic press and release at the centre of the visible button named name.
+    void press(const QString& name);
+
+private slots:
+    void onFirstFrame();
+    void onDocument(const QString& step);
+    void onEnd();
+    void takeBootShot();
+
+private:
+    QString nextName(const QString& step);
+
+    CZedaGui* m_gui;
+    QString m_dir;
+    bool m_quitOnEnd;
+    bool m_ended = false;
+    bool m_bootShotPending = false;
+    int m_shots = 0;
+    int m_sequence = 0;
+};

@@ -1,0 +1,198 @@
+#include "CZedaGui.h"
+
+#include <QPaintEvent>
+#include <QTime>
+#include <QVector>
+#include <cstring>
+#include <iterator>
+
+#include "CTXMLEvent.h"
+#include "CZedaHomeScreen.h"
+#include "CZedaSoftkeyBar.h"
+#include "layout/CTXMLDataConverter.h"
+#include "log/GuiLog.h"
+#include "style/CTavoStyleSheetFile.h"
+#include "tools/TavoToolFlags.h"
+
+namespace {
+// Event number of a plain GUI event (CTavoEvent's NoEvent), flag 1 as for every
+// event that carries a tavoEvent type.
+const int kGuiEventType = 1000;
+const int kGuiEventFlags = 1;
+
+// The numbers of the strings this host shows; the manager asks the core for
+// them again whenever the language changes.
+const int kStringIds[] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+
+QString itemStyle(CTavoStyleSheetFile* skin, const char* item, QString* attributes)
+{
+    const QString name = QString::fromLatin1(item);
+    if (!skin || !skin->get(name)) {
+        guiLog(4, "zedagui: the skin has no item \"%s\"", item);
+        return QString();
+    }
+    *attributes = skin->getAttributes(name);
+    return skin->getStyle(name);
+}
+}  // namespace
+
+CZedaGui::CZedaGui()
+    : CTavoLayoutMgr(nullptr, Qt::WindowFlags(), false)
+{
+    setObjectName(QStringLiteral("zedagui"));
+    connect(this, &CTavoLayoutMgr::languageChange, this, [](const QString& code) {
+        if (!code.isEmpty())
+            guiLog(2, "zedagui: language %s", qPrintable(code));
+    });
+    connect(this, &CTavoLayoutMgr::appConnectionStatusChanged, this, [](GuiAppsT app, bool up) {
+        const char* name = appDefsName(app);
+        guiLog(2, "zedagui: peer %s %s", name ? name : "?", up ? "up" : "down");
+    });
+    // The manager's translator has taken them by now: it was connected first.
+    connect(this, &CTavoLayoutMgr::receivedTranslations, this, [this](const QHash<QString, QString>& t) {
+        guiLog(2, "zedagui: %d translations", t.size());
+        if (m_home)
+            m_home->retranslateUi();
+    });
+    connect(this, &CTavoLayoutMgr::evLayoutMgr, this, [this](int event, int) {
+        if (event == 1026)
+            refreshClock();
+    });
+    requestTranslations(QVector<int>(std::begin(kStringIds), std::end(kStringIds)), true);
+
+    m_clockTimer.setInterval(10000);
+    connect(&m_clockTimer, &QTimer::timeout, this, &CZedaGui::refreshClock);
+    initWidgets();
+}
+
+CZedaGui::~CZedaGui() = default;
+
+QString CZedaGui::clockText(const QTime& time, bool hours24)
+{
+    return time.toString(hours24 ? QStringLiteral("HH:mm") : QStringLiteral("h:mm AP"));
+}
+
+void CZedaGui::initWidgets()
+{
+    CTavoStyleSheetFile* skin = styleSheetFile();
+    m_home = new CZedaHomeScreen(this);
+    m_softkeys = new CZedaSoftkeyBar(this);
+    m_childWidgets.insert(HomeScreen, m_home);
+    m_childWidgets.insert(SoftkeyBar, m_softkeys);
+
+    QString attributes;
+    QString style = itemStyle(skin, "home", &attributes);
+    if (!style.isEmpty())
+        m_home->applySkin(style, attributes);
+    attributes.clear();
+    style = itemStyle(skin, "softkeys", &attributes);
+    if (!style.isEmpty())
+        m_softkeys->applySkin(style, attributes);
+
+    refreshClock();
+    refreshPhoneState();
+    m_clockTimer.start();
+    // The phone boots until the core has told it its configuration.
+    setBootingText(tr("Starting", "Starting"));
+    setUseBootingBackground(true);
+}
+
+void CZedaGui::leaveBootScreen()
+{
+    if (m_booted)
+        return;
+    m_booted = true;
+    setUseBootingBackground(false);
+    m_home->Show(false);
+    m_softkeys->Show(false);
+    guiLog(2, "zedagui: home screen shown");
+}
+
+void CZedaGui::refreshClock()
+{
+    if (m_home)
+        m_home->setClock(clockText(QTime::currentTime(), tavoToolGet24HrsFormat()));
+}
+
+void CZedaGui::refreshPhoneState()
+{
+    if (m_home)
+        m_home->setPhoneState(isAppConnected(GuiAppsTavoapp), isAppConnected(GuiAppsDbs));
+}
+
+void CZedaGui::onWidgetEvent(QString url, QString data, int type)
+{
+    Q_UNUSED(type);
+    // A press with no press URL, or a finger that slid off a key: nothing to tell.
+    if (url.isEmpty() || url == QLatin1String("button-cancelled"))
+        return;
+    CTXMLEvent event;
+    if (!event.set(url.toUtf8().constData(), kGuiEventType, kGuiEventFlags))
+        guiLog(4, "zedagui: event URI cut to %d bytes: %s", int(sizeof event.uri) - 1, qPrintable(url));
+    if (!data.isEmpty())
+        event.addPair(CTXMLUriLib::varname(TxmlVarData),
+                      CTXMLDataConverter::encodeEntities(data).toUtf8().constData());
+    const std::string text = event.serialize();
+    guiLog(2, "zedagui: sending %s", text.c_str());
+    tavoToolSendAppMsg(text.c_str(), GuiAppsTavoapp, GuiAppsMsgTxml, false);
+}
+
+void CZedaGui::handleTXmlMsg(QByteArray& data, GuiAppsT source, GuiAppsMsgTypeT type)
+{
+    CTavoLayoutMgr::handleTXmlMsg(data, source, type);
+    const CTXMLRoot& root = xmlRoot();
+    if (root.flags & TXML_FLAG_EVENT) {
+        guiLog(2, "zedagui: event %s with %d pairs", root.uri, root.pairCount());
+        const int uriType = CTXMLUriLib::type(root.uri);
+        if (uriType == TxmlUriConfig) {
+            leaveBootScreen();
+            refreshClock();
+        } else if (uriType == TxmlUriAppStatus) {
+            refreshPhoneState();
+        } else if (std::strcmp(root.uri, "Demo:Press") == 0) {
+            emit pressRequested(QString::fromUtf8(root.value("key")));
+            return;
+        } else if (std::strcmp(root.uri, "Demo:End") == 0) {
+            emit scenarioEnded();
+            return;
+        }
+    }
+    if (root.flags & TXML_FLAG_SOFTKEYS) {
+        const QStringList labels = m_softkeys->setKeys(root.softkeys);
+        guiLog(2, "zedagui: %d softkeys: %s", labels.size(), qPrintable(labels.join(QLatin1String(" | "))));
+    }
+    emit documentHandled(stepName(root));
+}
+
+QString CZedaGui::stepName(const CTXMLRoot& root)
+{
+    if (root.flags & TXML_FLAG_EVENT) {
+        const QString step = QString::fromUtf8(root.value("step"));
+        if (!step.isEmpty())
+            return step;
+    }
+    if (root.flags & TXML_FLAG_SOFTKEYS)
+        return QStringLiteral("softkeys");
+    if (root.flags & TXML_FLAG_TRANSLATIONS)
+        return QStringLiteral("translations");
+    if (root.flags & TXML_FLAG_EVENT) {
+        switch (CTXMLUriLib::type(root.uri)) {
+        case TxmlUriConfig:
+            return QStringLiteral("config");
+        case TxmlUriAppStatus:
+            return QStringLiteral("status");
+        default:
+            break;
+        }
+    }
+    return QStringLiteral("document");
+}
+
+void CZedaGui::paintEvent(QPaintEvent* event)
+{
+    CTavoLayoutMgr::paintEvent(event);
+    if (!m_painted) {
+        m_painted = true;
+        emit firstFramePainted();
+    }
+}

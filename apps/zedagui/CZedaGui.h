@@ -1,0 +1,66 @@
+#pragma once
+// zedagui, the sample phone host. It boots on the manager's boot screen, shows
+// the home screen once the core has sent its configuration, turns presses into
+// events for the core and reacts to the core's documents: configuration,
+// translations, application status and softkeys.
+//
+// Besides the documents of a real core it understands two of the demo's own,
+// so that a scenario can drive it as test automation would:
+//   <Event uri="Demo:Press">key=NAME</Event>  press and release the button NAME
+//   <Event uri="Demo:End"/>                   the scenario is over
+// and a pair "step=NAME" in any document's event names what it shows.
+#include <QHash>
+#include <QString>
+#include <QTimer>
+
+#include "layout/CTavoLayoutMgr.h"
+
+class CZedaHomeScreen;
+class CZedaSoftkeyBar;
+
+class CZedaGui : public CTavoLayoutMgr
+{
+    Q_OBJECT
+public:
+    // Keys of the manager's registry of surfaces.
+    enum { HomeScreen = 1, SoftkeyBar = 2 };
+
+    CZedaGui();
+    ~CZedaGui() override;
+
+    bool isBooted() const { return m_booted; }
+    CZedaHomeScreen* homeScreen() const { return m_home; }
+    CZedaSoftkeyBar* softkeyBar() const { return m_softkeys; }
+    // The time as the status strip shows it: 24-hour or 12-hour clock.
+    static QString clockText(const QTime& time, bool hours24);
+
+signals:
+    // A document from the core has taken effect; step is its name for a screenshot.
+    void documentHandled(const QString& step);
+    void pressRequested(const QString& buttonName);
+    void scenarioEnded();
+    // The first time anything reached the screen.
+    void firstFramePainted();
+
+public slots:
+    void onWidgetEvent(QString url, QString data, int type) override;
+
+protected:
+    void initWidgets() override;
+    void handleTXmlMsg(QByteArray& data, GuiAppsT source, GuiAppsMsgTypeT type) override;
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    void leaveBootScreen();
+    void refreshClock();
+    void refreshPhoneState();
+    // The name of a document for its screenshot: its "step" pair, else what it held.
+    static QString stepName(const CTXMLRoot& root);
+
+    CZedaHomeScreen* m_home = nullptr;
+    CZedaSoftkeyBar* m_softkeys = nullptr;
+    QTimer m_clockTimer;
+    QString m_lastAction;
+    bool m_booted = false;
+    bool m_painted = false;
+};

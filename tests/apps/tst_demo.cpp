@@ -1,0 +1,188 @@
+// The main job end to end: the real tgui-core plays the repository's demo
+// scenario to the real zedagui on the sample skin, headless. The core must
+// receive the events of the scripted presses and the translation request,
+// and every screenshot must show a real screen that changed where the
+// scenario changed it, and only there.
+#include <QtTest>
+
+#include <QImage>
+#include <QProcess>
+#include <QSet>
+#include <QTemporaryDir>
+
+namespace {
+const QString kRunDir = qEnvironmentVariable("TGUI_RUN_DIR", TGUI_SOURCE_DIR "/run");
+const QString kBinDir = qEnvironmentVariable("TGUI_BIN_DIR", TGUI_BIN_DIR);
+
+// Bounding box of the pixels that differ, outside the masked rectangle.
+QRect diffBox(const QImage& a, const QImage& b, const QRect& mask = QRect())
+{
+    QRect box;
+    for (int y = 0; y < qMin(a.height(), b.height()); ++y) {
+        for (int x = 0; x < qMin(a.width(), b.width()); ++x) {
+            if (mask.contains(x, y))
+                continue;
+            if (a.pixel(x, y) != b.pixel(x, y))
+                box |= QRect(x, y, 1, 1);
+        }
+    }
+    return box;
+}
+
+int distinctColours(const QImage& image)
+{
+    QSet<QRgb> colours;
+    for (int y = 0; y < image.height(); y += 2) {
+        for (int x = 0; x < image.width(); x += 2)
+            colours.insert(image.pixel(x, y));
+    }
+    return colours.size();
+}
+}  // namespace
+
+class TestDemo : public QObject
+{
+    Q_OBJECT
+    QTemporaryDir m_dir;
+    QString m_coreOut;
+    QString m_guiOut;
+    int m_guiExit = -1;
+
+    QImage shot(const QString& name) const
+    {
+        QImage image(m_dir.filePath("shots/" + name + ".png"));
+        return image.convertToFormat(QImage::Format_RGB32);
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid());
+        // A run folder of its own: the sample skin and the profile, the core's port.
+        QDir run(m_dir.path());
+        QVERIFY(run.mkpath("Skins"));
+        QVERIFY(QFile::link(kRunDir + "/Skins/default", m_dir.filePath("Skins/default")));
+        QVERIFY(QFile::link(kRunDir + "/Skins/common", m_dir.filePath("Skins/common")));
+        QVERIFY(QFile::copy(kRunDir + "/qt.conf", m_dir.filePath("qt.conf")));
+
+        QProcess core;
+        core.setProcessChannelMode(QProcess::MergedChannels);
+        core.start(kBinDir + "/tgui-core", {"--port", "0", "--listen", "127.0.0.1", "--scenario",
+                                            kRunDir + "/scenarios/demo.txt"});
+        QVERIFY(core.waitForStarted());
+        QVERIFY(core.waitForReadyRead(20000));
+        const QByteArray first = core.readLine().trimmed();
+        QVERIFY2(first.startsWith("LISTENING "), first.constData());
+        const QByteArray port = first.mid(10);
+
+        QFile conf(m_dir.filePath("Skins/default.conf"));
+        QVERIFY(conf.open(QIODevice::WriteOnly));
+        conf.write("[zedagui]\nSkinFile=Skins/default/default.xml\nComServerIP=127.0.0.1\nComServerPort=" + port + "\n");
+        conf.close();
+
+        QProcess gui;
+        gui.setWorkingDirectory(m_dir.path());
+        gui.start(kBinDir + "/zedagui",
+                  {"--screenshots", m_dir.filePath("shots"), "--quit-on-end", "--deadline", "100000"});
+        QVERIFY(gui.waitForStarted());
+        QVERIFY(gui.waitForFinished(120000));
+        m_guiExit = gui.exitCode();
+        m_guiOut = QString::fromUtf8(gui.readAllStandardOutput());
+        if (m_guiExit != 0)
+            qWarning("%s", gui.readAllStandardError().right(4000).constData());
+        QVERIFY(core.waitForFinished(20000));
+        m_coreOut = QString::fromUtf8(core.readAll());
+        QCOMPARE(core.exitCode(), 0);
+    }
+
+    void guiEndsCleanlyAndReportsItsFirstFrame()
+    {
+        QVERIFY2(m_guiExit == 0, qPrintable(m_guiOut));
+        const QRegularExpression frame("first frame painted (\\d+) ms after process start");
+        const QRegularExpressionMatch m = frame.match(m_guiOut);
+        QVERIFY2(m.hasMatch(), qPrintable(m_guiOut));
+        QVERIFY(m.captured(1).toInt() > 0);
+        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 15 screenshots"));
+        QVERIFY(m_coreOut.contains("SCENARIO done"));
+        QVERIFY(!m_coreOut.contains("SCENARIO timeout"));
+    }
+
+    void coreReceivesThePressesAndTheTranslationRequestInOrder()
+    {
+        const QStringList expected = {
+            "EVENT zedagui type=0 <TXML><Event uri=\"Home:Messages\" type=\"1000\" flags=\"1\">",
+            "EVENT zedagui type=0 <TXML><Event uri=\"SoftKey:Back\" type=\"1000\" flags=\"1\">",
+            "EVENT zedagui type=0 <TXML><Event uri=\"Gui:Translate\">data=1%2C2%2C3%2C4%2C5%2C6%2C7%2C8%2C9<",
+            "EVENT zedagui type=0 <TXML><Event uri=\"Home:Contacts\" type=\"1000\" flags=\"1\">",
+        };
+        // A first translation request comes with the first language, before any press.
+        int from = m_coreOut.indexOf(expected.at(0));
+        QVERIFY2(from > 0, qPrintable(m_coreOut));
+        for (const QString& line : expected) {
+            const int at = m_coreOut.indexOf(line, from);
+            QVERIFY2(at >= from, qPrintable(line + "\n---\n" + m_coreOut));
+            from = at + 1;
+        }
+        // Sliding off or pressing without a press URL sends nothing else.
+        QCOMPARE(m_coreOut.count("EVENT zedagui"), 5);
+    }
+
+    void everyScreenshotIsARealScreen()
+    {
+        const QStringList names = QDir(m_dir.filePath("shots")).entryList({"*.png"}, QDir::Files, QDir::Name);
+        QCOMPARE(names.size(), 15);
+        for (const QString& file : names) {
+            const QImage image = shot(file.chopped(4));
+            QCOMPARE(image.size(), QSize(800, 480));
+            // The boot screen (until the configuration, 02) is the skin's background;
+            // the others add text and icons.
+            const int least = file < QString("02-") ? 3 : 40;
+            QVERIFY2(distinctColours(image) > least, qPrintable(file));
+        }
+    }
+
+    void screenshotsChangeWhereTheScenarioChangedTheScreen()
+    {
+        const QRect statusStrip(0, 0, 800, 40);  // the clock may turn a minute
+        const QRect clock(600, 0, 200, 40);
+        const QRect intro(40, 100, 720, 64);
+        const QRect softkeys(0, 416, 800, 64);
+        const QRect homeArea(0, 0, 800, 416);
+        const QRect messagesTile(60, 170, 160, 136);
+
+        // Boot screen to home: the whole screen.
+        const QRect boot = diffBox(shot("00-boot"), shot("02-home"));
+        QVERIFY(boot.width() > 600 && boot.height() > 250);
+        // The softkeys arrive: only the bottom row.
+        QVERIFY(softkeys.contains(diffBox(shot("02-home"), shot("03-softkeys-home"), statusStrip)));
+        QVERIFY(!diffBox(shot("02-home"), shot("03-softkeys-home"), statusStrip).isEmpty());
+        // 24-hour clock: only the clock.
+        const QRect hours = diffBox(shot("03-softkeys-home"), shot("04-clock-24h"));
+        QVERIFY2(!hours.isEmpty() && clock.contains(hours), qPrintable(QString("%1 %2").arg(hours.x()).arg(hours.width())));
+        // The directory comes up: only the paragraph.
+        const QRect status = diffBox(shot("04-clock-24h"), shot("05-directory-online"), statusStrip);
+        QVERIFY(!status.isEmpty() && intro.contains(status));
+        // A finger on Messages: only its tile.
+        const QRect pressed = diffBox(shot("05-directory-online"), shot("06-press-Messages"), statusStrip);
+        QVERIFY(!pressed.isEmpty() && messagesTile.contains(pressed));
+        // The core's answer: the softkeys of messages.
+        const QRect reply = diffBox(shot("06-press-Messages"), shot("07-reply-messages"), statusStrip.united(messagesTile));
+        QVERIFY(!reply.isEmpty() && softkeys.contains(reply));
+        // Back: the home keys again, on an unchanged home screen. The released key
+        // may still be fading back, so the row is compared by its labels' change only.
+        QVERIFY(diffBox(shot("05-directory-online"), shot("09-reply-back"), statusStrip.united(softkeys)).isEmpty());
+        const QRect back = diffBox(shot("07-reply-messages"), shot("09-reply-back"), statusStrip.united(messagesTile));
+        QVERIFY(!back.isEmpty() && softkeys.contains(back));
+        // French: the language alone changes nothing visible; the translations do,
+        // on the home screen and in the softkeys.
+        QVERIFY(diffBox(shot("09-reply-back"), shot("10-language-fr"), statusStrip.united(softkeys)).isEmpty());
+        const QRect french = diffBox(shot("10-language-fr"), shot("11-translations-fr"), statusStrip);
+        QVERIFY(french.intersects(homeArea) && french.intersects(softkeys));
+        // The directory goes away: the paragraph again.
+        const QRect offline = diffBox(shot("11-translations-fr"), shot("12-directory-offline"), statusStrip);
+        QVERIFY(!offline.isEmpty() && intro.contains(offline));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestDemo)
+#include "tst_demo.moc"
