@@ -22,103 +22,14 @@
 #include <cstdlib>
 #include <malloc.h>
 
+#include "BenchHeap.h"
+
 #include "layout/CTavoLayoutWidget.h"
 #include "style/CTavoIconRepository.h"
 #include "widgets/CTavoButton.h"
 #include "widgets/CTavoIcon.h"
 #include "widgets/CTavoLabelWidget.h"
 
-#if defined(__SANITIZE_ADDRESS__)
-#define BENCH_NO_MALLOC_HOOKS 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define BENCH_NO_MALLOC_HOOKS 1
-#endif
-#endif
-
-namespace {
-std::atomic<long long> g_allocations{0};
-std::atomic<long long> g_liveBytes{0};
-} // namespace
-
-#ifndef BENCH_NO_MALLOC_HOOKS
-extern "C" {
-void* __libc_malloc(size_t);
-void* __libc_calloc(size_t, size_t);
-void* __libc_realloc(void*, size_t);
-void* __libc_memalign(size_t, size_t);
-void __libc_free(void*);
-
-static void noteAlloc(void* p)
-{
-    if (p) {
-        g_allocations.fetch_add(1, std::memory_order_relaxed);
-        g_liveBytes.fetch_add(static_cast<long long>(malloc_usable_size(p)), std::memory_order_relaxed);
-    }
-}
-
-static void noteFree(void* p)
-{
-    if (p)
-        g_liveBytes.fetch_sub(static_cast<long long>(malloc_usable_size(p)), std::memory_order_relaxed);
-}
-
-void* malloc(size_t size)
-{
-    void* p = __libc_malloc(size);
-    noteAlloc(p);
-    return p;
-}
-
-void* calloc(size_t n, size_t size)
-{
-    void* p = __libc_calloc(n, size);
-    noteAlloc(p);
-    return p;
-}
-
-void* realloc(void* old, size_t size)
-{
-    noteFree(old);
-    void* p = __libc_realloc(old, size);
-    if (p) {
-        g_allocations.fetch_add(1, std::memory_order_relaxed);
-        g_liveBytes.fetch_add(static_cast<long long>(malloc_usable_size(p)), std::memory_order_relaxed);
-    } else if (old && size != 0) {
-        // The old block survives a failed realloc.
-        g_liveBytes.fetch_add(static_cast<long long>(malloc_usable_size(old)), std::memory_order_relaxed);
-    }
-    return p;
-}
-
-void* memalign(size_t alignment, size_t size)
-{
-    void* p = __libc_memalign(alignment, size);
-    noteAlloc(p);
-    return p;
-}
-
-void* aligned_alloc(size_t alignment, size_t size)
-{
-    return memalign(alignment, size);
-}
-
-int posix_memalign(void** out, size_t alignment, size_t size)
-{
-    void* p = memalign(alignment, size);
-    if (!p)
-        return 12; // ENOMEM
-    *out = p;
-    return 0;
-}
-
-void free(void* p)
-{
-    noteFree(p);
-    __libc_free(p);
-}
-}
-#endif
 
 namespace {
 

@@ -18,61 +18,13 @@
 
 #include "widgets/KineticScroll.h"
 
-extern "C" {
-void* __libc_malloc(size_t);
-void* __libc_calloc(size_t, size_t);
-void* __libc_realloc(void*, size_t);
-void* __libc_memalign(size_t, size_t);
-void __libc_free(void*);
-}
-
-namespace {
-std::atomic<long> g_allocs{0};
-}
-
-extern "C" {
-void* malloc(size_t n)
-{
-    g_allocs.fetch_add(1, std::memory_order_relaxed);
-    return __libc_malloc(n);
-}
-void* calloc(size_t n, size_t m)
-{
-    g_allocs.fetch_add(1, std::memory_order_relaxed);
-    return __libc_calloc(n, m);
-}
-void* realloc(void* p, size_t n)
-{
-    g_allocs.fetch_add(1, std::memory_order_relaxed);
-    return __libc_realloc(p, n);
-}
-void* memalign(size_t a, size_t n)
-{
-    g_allocs.fetch_add(1, std::memory_order_relaxed);
-    return __libc_memalign(a, n);
-}
-void* aligned_alloc(size_t a, size_t n)
-{
-    g_allocs.fetch_add(1, std::memory_order_relaxed);
-    return __libc_memalign(a, n);
-}
-int posix_memalign(void** out, size_t a, size_t n)
-{
-    g_allocs.fetch_add(1, std::memory_order_relaxed);
-    *out = __libc_memalign(a, n);
-    return *out ? 0 : 12;
-}
-void free(void* p)
-{
-    __libc_free(p);
-}
-}
+#include "BenchHeap.h"
 
 namespace {
 
 long allocs()
 {
-    return g_allocs.load(std::memory_order_relaxed);
+    return g_allocations.load(std::memory_order_relaxed);
 }
 
 class Owner : public KineticScroll
