@@ -26,8 +26,8 @@ QList<PictureT> skinPictures(const QString& scratch)
 {
     const QString run = qEnvironmentVariable("TGUI_RUN_DIR", QStringLiteral("run"));
     QList<PictureT> list = {
-        {run + "/Skins/default/images/background.svg", QSize(800, 480)},
-        {run + "/Skins/default/images/status-background.svg", QSize(800, 480)},
+        {run + "/Skins/default/images/boot-logo.svg", QSize(104, 104)},
+        {run + "/Skins/default/images/boot-spinner.svg", QSize(56, 56)},
         {run + "/Skins/default/images/tile-pressed.svg", QSize(148, 124)},
     };
     QDir icons(run + "/Skins/common/icons");

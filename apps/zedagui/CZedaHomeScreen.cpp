@@ -76,6 +76,13 @@ void CZedaHomeScreen::applySkin(const QString& style, const QString& attributes)
     QString s = style;
     QString a = attributes;
     updateStyle(s, a, true);
+    // The tiles were built before the skin, so their vector icons were drawn at
+    // the fallback size. An icon keeps an unchanged definition as it is: clear
+    // it, then set it again to draw it at the skin's icon size.
+    for (int i = 0; i < m_tiles.size(); ++i) {
+        m_tiles[i]->setIcon(-1);
+        m_tiles[i]->setIcon(iconNumber(tileTable[i].name));
+    }
     retranslateUi();
 }
 

@@ -1,5 +1,7 @@
 #include "CZedaSoftkeyBar.h"
 
+#include <QPropertyAnimation>
+
 #include "CTXMLSoftkeys.h"
 #include "layout/CTXMLDataConverter.h"
 #include "widgets/CTavoButton.h"
@@ -55,9 +57,17 @@ QStringList CZedaSoftkeyBar::setKeys(const CTXMLSoftkeys& keys)
         }
         TavoButtonSettings settings = CTXMLDataConverter::getButtonDefFromXml(k);
         settings.m_name = button->objectName();
-        // An unchanged key keeps its look and state.
-        if (button->isNewDefinition(settings))
+        // An unchanged key keeps its look and state. A replaced key that is not
+        // held drops the fading press of the key it replaces: that press
+        // belonged to another function.
+        if (button->isNewDefinition(settings)) {
             button->init(&settings, QString(), i, true);
+            if (!button->isDown()) {
+                if (QPropertyAnimation* fade = button->pressAnimation())
+                    fade->stop();
+                button->setPressedBackgroundOpacity(0.0f);
+            }
+        }
         button->setVisible(true);
         labels << settings.m_label;
     }

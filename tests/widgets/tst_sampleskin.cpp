@@ -49,8 +49,19 @@ private slots:
         CTavoWidgetStyle* manager = sheet.get("CTavoLayoutMgr");
         QVERIFY(manager && manager->isValid());
         QCOMPARE(manager->Size("size"), QSize(800, 480));
-        QVERIFY(!manager->Image("status-background-image").isNull());
-        QVERIFY(!manager->Image("background-image").isNull());
+        // The full-screen background is a brush: a vector picture of that size
+        // would be rasterised in 16 bits and band.
+        const QBrush* background = manager->BrushPtr("background", nullptr);
+        QVERIFY(background && background->gradient());
+        QCOMPARE(background->gradient()->type(), QGradient::LinearGradient);
+        QVERIFY(manager->Image("background-image").isNull());
+        // The boot screen: a picture inside the screen and a spinner.
+        const CTavoImage boot = manager->Image("booting-image");
+        QVERIFY(!boot.isNull());
+        const QRect bootRect(manager->Location("booting-img-location"), manager->Size("booting-img-size"));
+        QVERIFY(bootRect.isValid() && QRect(0, 0, 800, 480).contains(bootRect));
+        QCOMPARE(boot.size(), bootRect.size());
+        QVERIFY(!manager->Image("booting-spinner-image").isNull());
     }
 
     void homeButtonsAreLaidOutFromTheSkin()
