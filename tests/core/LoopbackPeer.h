@@ -26,10 +26,7 @@ public:
 
     quint16 start(quint16 port = 0);
     QTcpSocket* socket() const { return m_socket; }
-    int connections() const { return m_connections; }
-    bool waitForConnections(int count, int ms = 5000);
     bool waitForFrames(int count, int ms = 5000);
-    bool waitForDisconnect(int ms = 5000);
     void startTls();
 
     void writeRaw(const QByteArray& bytes);
@@ -39,6 +36,7 @@ public:
     QList<PeerFrame> frames;   // every whole frame received, over all connections
     QByteArray raw;            // bytes of the present connection not yet cut
     QByteArray allRaw;         // every byte ever received (decrypted for TLS)
+    int connections = 0;
     int disconnects = 0;
 
 protected:
@@ -48,7 +46,6 @@ private:
     void onReadyRead();
     Mode m_mode;
     QPointer<QTcpSocket> m_socket;
-    int m_connections = 0;
     QSslCertificate m_cert;
     QSslKey m_key;
     qintptr m_pending = -1;
