@@ -10,7 +10,9 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 
-#include "core/AppDefs.h"
+#include <memory>
+
+#include "core/CTavoCoreCommunicator.h"
 
 struct PeerFrame {
     GuiAppsMsgHdrT header;
@@ -50,3 +52,32 @@ private:
     QSslKey m_key;
     qintptr m_pending = -1;
 };
+
+// Collects what a communicator delivers; lives on the test thread, so the
+// queued deliveries arrive here in order.
+class Receiver : public QObject
+{
+    Q_OBJECT
+public:
+    struct Msg {
+        QByteArray data;
+        int source;
+        int type;
+    };
+    QList<Msg> got;
+public slots:
+    void onMessage(QByteArray data, GuiAppsT source, GuiAppsMsgTypeT type)
+    {
+        got.append({data, int(source), int(type)});
+    }
+};
+
+// A communicator that is shut down before it is deleted, as the manager does.
+struct ComDeleter {
+    void operator()(CTavoCoreCommunicator* com) const
+    {
+        com->shutDown();
+        delete com;
+    }
+};
+using ComPtr = std::unique_ptr<CTavoCoreCommunicator, ComDeleter>;

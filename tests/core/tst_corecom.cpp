@@ -5,40 +5,11 @@
 #include <QMutex>
 #include <QSignalSpy>
 #include <QtTest>
-#include <memory>
 
 #include "LoopbackPeer.h"
-#include "core/CTavoCoreCommunicator.h"
 #include "core/TavoGlobals.h"
 
 namespace {
-// Lives on the test thread, so the queued deliveries arrive here in order.
-class Receiver : public QObject
-{
-    Q_OBJECT
-public:
-    struct Msg {
-        QByteArray data;
-        int source;
-        int type;
-    };
-    QList<Msg> got;
-public slots:
-    void onMessage(QByteArray data, GuiAppsT source, GuiAppsMsgTypeT type)
-    {
-        got.append({data, int(source), int(type)});
-    }
-};
-
-struct ComDeleter {
-    void operator()(CTavoCoreCommunicator* com) const
-    {
-        com->shutDown();
-        delete com;
-    }
-};
-using ComPtr = std::unique_ptr<CTavoCoreCommunicator, ComDeleter>;
-
 // Log lines arrive from the socket thread as well.
 QMutex logMutex;
 QStringList logLines;
