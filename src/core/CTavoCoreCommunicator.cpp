@@ -143,12 +143,12 @@ void CTavoCoreCommunicator::disconnectSocket()
 
 void CTavoCoreCommunicator::shutDown()
 {
-    m_queue.clear();
     disconnect();
-    // Called from the owner's side: the socket itself is closed on its own
-    // thread, which then hands it back so that it can be destroyed here.
+    // Called from the owner's side: the queue and the socket belong to the
+    // socket's thread, which then hands the socket back to be destroyed here.
     QThread* home = QThread::currentThread();
     runInSocketThread([this, home] {
+        m_queue.clear();
         onForceDisconnect();
         m_reconnectTimer->stop();
         if (thread() != home)
@@ -276,7 +276,7 @@ void CTavoCoreCommunicator::onDisconnected()
         return;
     CTavoGuiLog::m_bEnabled = false;
     guiLog(3, "%s disconnected ZEDA Core application from %s:%d", qPrintable(m_appName),
-           qPrintable(m_server), m_port);
+           qPrintable(peerAddress().toString()), int(peerPort()));
     m_identified = 0;
 }
 
@@ -326,10 +326,12 @@ void CTavoCoreCommunicator::onReadyRead()
     if (m_header.destination & m_appId) {
         emit messageReceived(payload, GuiAppsT(m_header.source), GuiAppsMsgTypeT(m_header.msgType));
     } else {
+        // No peer bit at all names nobody: print what glibc prints for a null %s.
+        const char* name = appDefsName(GuiAppsT(m_header.destination));
         guiLog(4,
                "Received a message that's not intended for this app, the message destination is "
                "set to %s, len = %d",
-               appDefsName(GuiAppsT(m_header.destination)), m_header.length);
+               name ? name : "(null)", m_header.length);
         reconnect();
     }
     m_bytesExpected = 0;

@@ -31,7 +31,7 @@ void LoopbackPeer::incomingConnection(qintptr descriptor)
         m_socket->deleteLater();
     }
     raw.clear();
-    ++m_connections;
+    ++connections;
     if (m_mode == TlsLater) {
         m_pending = descriptor;
         return;
@@ -64,7 +64,7 @@ void LoopbackPeer::startTls()
     m_pending = -1;
     m_mode = Tls;
     incomingConnection(descriptor);
-    --m_connections;
+    --connections;
 }
 
 void LoopbackPeer::onReadyRead()
@@ -84,15 +84,6 @@ void LoopbackPeer::onReadyRead()
     }
 }
 
-bool LoopbackPeer::waitForConnections(int count, int ms)
-{
-    QElapsedTimer t;
-    t.start();
-    while (m_connections < count && t.elapsed() < ms)
-        QTest::qWait(10);
-    return m_connections >= count;
-}
-
 bool LoopbackPeer::waitForFrames(int count, int ms)
 {
     QElapsedTimer t;
@@ -100,16 +91,6 @@ bool LoopbackPeer::waitForFrames(int count, int ms)
     while (frames.size() < count && t.elapsed() < ms)
         QTest::qWait(10);
     return frames.size() >= count;
-}
-
-bool LoopbackPeer::waitForDisconnect(int ms)
-{
-    const int before = disconnects;
-    QElapsedTimer t;
-    t.start();
-    while (disconnects == before && t.elapsed() < ms)
-        QTest::qWait(10);
-    return disconnects > before;
 }
 
 void LoopbackPeer::writeRaw(const QByteArray& bytes)

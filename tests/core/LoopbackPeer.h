@@ -10,7 +10,9 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 
-#include "core/AppDefs.h"
+#include <memory>
+
+#include "core/CTavoCoreCommunicator.h"
 
 struct PeerFrame {
     GuiAppsMsgHdrT header;
@@ -26,10 +28,7 @@ public:
 
     quint16 start(quint16 port = 0);
     QTcpSocket* socket() const { return m_socket; }
-    int connections() const { return m_connections; }
-    bool waitForConnections(int count, int ms = 5000);
     bool waitForFrames(int count, int ms = 5000);
-    bool waitForDisconnect(int ms = 5000);
     void startTls();
 
     void writeRaw(const QByteArray& bytes);
@@ -39,6 +38,7 @@ public:
     QList<PeerFrame> frames;   // every whole frame received, over all connections
     QByteArray raw;            // bytes of the present connection not yet cut
     QByteArray allRaw;         // every byte ever received (decrypted for TLS)
+    int connections = 0;
     int disconnects = 0;
 
 protected:
@@ -48,8 +48,36 @@ private:
     void onReadyRead();
     Mode m_mode;
     QPointer<QTcpSocket> m_socket;
-    int m_connections = 0;
     QSslCertificate m_cert;
     QSslKey m_key;
     qintptr m_pending = -1;
 };
+
+// Collects what a communicator delivers; lives on the test thread, so the
+// queued deliveries arrive here in order.
+class Receiver : public QObject
+{
+    Q_OBJECT
+public:
+    struct Msg {
+        QByteArray data;
+        int source;
+        int type;
+    };
+    QList<Msg> got;
+public slots:
+    void onMessage(QByteArray data, GuiAppsT source, GuiAppsMsgTypeT type)
+    {
+        got.append({data, int(source), int(type)});
+    }
+};
+
+// A communicator that is shut down before it is deleted, as the manager does.
+struct ComDeleter {
+    void operator()(CTavoCoreCommunicator* com) const
+    {
+        com->shutDown();
+        delete com;
+    }
+};
+using ComPtr = std::unique_ptr<CTavoCoreCommunicator, ComDeleter>;

@@ -1,21 +1,17 @@
-// The appDefs functions: header validity limits, checksum, name table and
-// registration texts, as a peer process relies on them.
+// The appDefs functions as a peer process relies on them: the bytes of a frame
+// on the wire, header validity limits, the name table and registration texts.
 #include <QtTest>
 #include <cstring>
 
 #include "core/AppDefs.h"
 
 namespace {
-GuiAppsMsgHdrT header(int32_t length, int32_t source, int32_t destination, uint8_t type,
-                      uint16_t reserved = 0)
+// A header whose checksum adds the whole 32-bit values, reserved included.
+GuiAppsMsgHdrT header(int32_t length, int32_t destination, uint8_t type, uint16_t reserved)
 {
-    GuiAppsMsgHdrT h;
-    h.length = length;
-    h.source = source;
-    h.destination = destination;
-    h.msgType = type;
-    h.reserved = reserved;
-    h.checksum = uint8_t((uint32_t(length) + uint32_t(source) + uint32_t(destination) + type + reserved) & 0xFF);
+    const int32_t source = GuiAppsTavoapp;
+    GuiAppsMsgHdrT h{length, source, destination, type, 0, reserved};
+    h.checksum = uint8_t(uint32_t(length) + uint32_t(source) + uint32_t(destination) + type + reserved);
     return h;
 }
 }  // namespace
@@ -24,37 +20,33 @@ class TestAppDefs : public QObject
 {
     Q_OBJECT
 private slots:
-    void assembledFramesCarryHeaderAndPayload()
+    void framesOnTheWire()
     {
         QCOMPARE(appDefsHeaderLength(), 16);
-        char* empty = appDefsAssembleMessage(GuiAppsZedagui, GuiAppsTavoapp, "", 0, GuiAppsMsgTxml);
-        GuiAppsT src, dst;
+        char* frame = appDefsAssembleMessage(GuiAppsZedagui, GuiAppsT(GuiAppsTavoapp | GuiAppsDbs),
+                                             "abc", 3, GuiAppsMsgMemshow);
+        // Device byte order; checksum 3 + 1 + 264 + 4 = 0x110, low byte kept.
+        const char expected[] = "\x03\0\0\0" "\x01\0\0\0" "\x08\x01\0\0" "\x04\x10\0\0" "abc";
+        QCOMPARE(QByteArray(frame, 19), QByteArray(expected, 19));
+        GuiAppsT src = GuiAppsNone, dst = GuiAppsNone;
         int length = -1;
-        GuiAppsMsgTypeT type;
+        GuiAppsMsgTypeT type = GuiAppsMsgTxml;
+        QVERIFY(appDefsParseHeader(frame, src, dst, length, type));
+        QCOMPARE(int(src), 1);
+        QCOMPARE(int(dst), 264);
+        QCOMPARE(length, 3);
+        QCOMPARE(int(type), 4);
+        delete[] frame;
+
+        char* empty = appDefsAssembleMessage(GuiAppsDbs, GuiAppsZedagui, "", 0, GuiAppsMsgDb);
         QVERIFY(appDefsParseHeader(empty, src, dst, length, type));
         QCOMPARE(length, 0);
         delete[] empty;
 
-        char* frame = appDefsAssembleMessage(GuiAppsDbs, GuiAppsT(GuiAppsZedagui | GuiAppsBrowser),
-                                             "abc", 3, GuiAppsMsgDb);
-        QVERIFY(appDefsParseHeader(frame, src, dst, length, type));
-        QCOMPARE(int(src), int(GuiAppsDbs));
-        QCOMPARE(int(dst), 3);
-        QCOMPARE(length, 3);
-        QCOMPARE(int(type), int(GuiAppsMsgDb));
-        QCOMPARE(QByteArray(frame + 16, 3), QByteArray("abc"));
-        GuiAppsMsgHdrT h;
-        std::memcpy(&h, frame, 16);
-        QCOMPARE(int(h.checksum), (3 + 8 + 3 + 1) & 0xFF);
-        QCOMPARE(int(h.reserved), 0);
-        delete[] frame;
-    }
-
-    void checksumAddsWholeValuesWithWrapAround()
-    {
+        // Whole values are added, not bytes: 0x1FF + 256 + 1 + 4.
         GuiAppsMsgHdrT h;
         appDefsAssembleHdr(h, GuiAppsTavoapp, GuiAppsZedagui, 0x1FF, GuiAppsMsgMemshow);
-        QCOMPARE(int(h.checksum), (0x1FF + 256 + 1 + 4) & 0xFF);
+        QCOMPARE(int(h.checksum), 0x04);
         QVERIFY(appDefsIsValidHdr(&h));
         h.checksum ^= 1;
         QVERIFY(!appDefsIsValidHdr(&h));
@@ -84,20 +76,22 @@ private slots:
         QFETCH(int, type);
         QFETCH(int, reserved);
         QFETCH(bool, valid);
-        const GuiAppsMsgHdrT h = header(length, 256, destination, uint8_t(type), uint16_t(reserved));
+        const GuiAppsMsgHdrT h = header(length, destination, uint8_t(type), uint16_t(reserved));
         QCOMPARE(appDefsIsValidHdr(&h) != 0, valid);
     }
 
-    void nullAndRejectedHeadersLeaveOutputsAlone()
+    void rejectedHeadersLeaveOutputsAlone()
     {
         QCOMPARE(appDefsIsValidHdr(nullptr), 0);
         GuiAppsT src = GuiAppsEm, dst = GuiAppsEm;
         int length = 77;
         GuiAppsMsgTypeT type = GuiAppsMsgMemshow;
         QCOMPARE(appDefsParseHeader(nullptr, src, dst, length, type), 0);
-        const GuiAppsMsgHdrT bad = header(0, 0x10000, 1, 0);
+        GuiAppsMsgHdrT bad = header(0, 1, 0, 0);
+        bad.source = GuiAppsTavoapp + 0x10000;  // out of range, same checksum
         QCOMPARE(appDefsParseHeader(&bad, src, dst, length, type), 0);
         QCOMPARE(int(src), int(GuiAppsEm));
+        QCOMPARE(int(dst), int(GuiAppsEm));
         QCOMPARE(length, 77);
     }
 
@@ -107,45 +101,45 @@ private slots:
         QCOMPARE(appDefsName(GuiAppsT(3)), "browser");
         QCOMPARE(appDefsName(GuiAppsT(0x1000)), static_cast<const char*>(nullptr));
         QCOMPARE(appDefsName(GuiAppsT(0x1008)), "dbs");
-        QCOMPARE(appDefsName(GuiAppsTavoapp), "tavoapp");
-        QCOMPARE(int(appDefsType("txmlProxy")), 32);
         QCOMPARE(int(appDefsType("Zedagui")), 0);
         QCOMPARE(int(appDefsType("")), 0);
         QCOMPARE(int(appDefsType(nullptr)), 0);
-        for (int bit = 0; bit < 12; ++bit)
-            QCOMPARE(int(appDefsType(appDefsName(GuiAppsT(1 << bit)))), 1 << bit);
+        const char* names[] = {"zedagui", "browser", "osd",     "dbs",     "pdc", "txmlProxy",
+                               "tavosim", "ec",      "tavoapp", "sandbox", "qml", "em"};
+        for (int bit = 0; bit < 12; ++bit) {
+            QCOMPARE(appDefsName(GuiAppsT(1 << bit)), names[bit]);
+            QCOMPARE(int(appDefsType(names[bit])), 1 << bit);
+        }
     }
 
-    void registrationTakesTheFirstRowOfTheTable()
+    void registrationTexts_data()
     {
-        GuiAppsT app = GuiAppsNone;
-        char name[32] = {0};
-        char extra[32] = {0};
-        QCOMPARE(int(appDefsParseRegsitration("browser zedagui", app, name, extra, 31, 31)), 1);
-        QCOMPARE(int(app), 1);
-        QCOMPARE(name, "zedagui");
-        // d = 15 - 7 = 8: the extra text begins at offset 9, whatever the name's place.
-        QCOMPARE(extra, "edagui");
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<int>("app");
+        QTest::addColumn<QByteArray>("name");
+        QTest::addColumn<QByteArray>("extra");
+        // The first row of the table wins, wherever it stands in the text, and the
+        // extra text starts at strlen(text) - strlen(name) + 1 all the same.
+        QTest::newRow("table order") << QByteArray("browser zedagui") << 1 << QByteArray("zedagui")
+                                     << QByteArray("edagui");
+        QTest::newRow("suffix") << QByteArray("dbs-x") << 8 << QByteArray("dbs") << QByteArray("-x");
+        QTest::newRow("name alone") << QByteArray("osd") << 4 << QByteArray("osd") << QByteArray("keep");
+        QTest::newRow("nobody") << QByteArray("nobody") << int(GuiAppsQml) << QByteArray("keep")
+                                << QByteArray("keep");
     }
-
-    void registrationExtraStartsAtAFixedOffset()
+    void registrationTexts()
     {
-        GuiAppsT app = GuiAppsNone;
-        char name[32] = {0};
-        char extra[32] = {0};
-        appDefsParseRegsitration("dbs-x", app, name, extra, 31, 31);
-        QCOMPARE(int(app), 8);
-        QCOMPARE(name, "dbs");
-        QCOMPARE(extra, "-x");  // offset 5 - 3 + 1 = 3
-
-        char untouched[8] = "keep";
-        GuiAppsT kept = GuiAppsEm;
-        QCOMPARE(int(appDefsParseRegsitration("osd", kept, name, untouched, 31, 7)), 4);
-        QCOMPARE(untouched, "keep");  // d == 0
-
-        GuiAppsT none = GuiAppsQml;
-        QCOMPARE(int(appDefsParseRegsitration("nobody", none, name, untouched, 31, 7)), int(GuiAppsQml));
-        QCOMPARE(int(appDefsParseRegsitration(nullptr, none, name, untouched, 31, 7)), int(GuiAppsQml));
+        QFETCH(QByteArray, text);
+        QFETCH(int, app);
+        QFETCH(QByteArray, name);
+        QFETCH(QByteArray, extra);
+        GuiAppsT result = GuiAppsQml;
+        char nameBuf[32] = "keep";
+        char extraBuf[32] = "keep";
+        QCOMPARE(int(appDefsParseRegsitration(text.constData(), result, nameBuf, extraBuf, 31, 31)), app);
+        QCOMPARE(int(result), app);
+        QCOMPARE(QByteArray(nameBuf), name);
+        QCOMPARE(QByteArray(extraBuf), extra);
     }
 };
 

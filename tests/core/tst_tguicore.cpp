@@ -4,41 +4,13 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
-#include <functional>
-#include <memory>
 
-#include "core/CTavoCoreCommunicator.h"
+#include "LoopbackPeer.h"
 #include "core/TavoGlobals.h"
 
 #include "CTXMLRoot.h"
 
 namespace {
-bool waitFor(const std::function<bool()>& condition, int ms = 5000)
-{
-    QElapsedTimer t;
-    t.start();
-    while (!condition() && t.elapsed() < ms)
-        QTest::qWait(10);
-    return condition();
-}
-
-class Receiver : public QObject
-{
-    Q_OBJECT
-public:
-    QList<QPair<QByteArray, int>> got;
-public slots:
-    void onMessage(QByteArray data, GuiAppsT source, GuiAppsMsgTypeT) { got.append({data, int(source)}); }
-};
-
-struct ComDeleter {
-    void operator()(CTavoCoreCommunicator* com) const
-    {
-        com->shutDown();
-        delete com;
-    }
-};
-using ComPtr = std::unique_ptr<CTavoCoreCommunicator, ComDeleter>;
 
 // tgui-core on a free port; its output lines are collected.
 class Core
@@ -58,16 +30,18 @@ public:
             process.kill();
         process.waitForFinished(3000);
     }
-    bool waitForLine(const QString& part, int ms = 8000)
+    bool has(const QString& part)
     {
-        return waitFor([&] {
-            output += QString::fromUtf8(process.readAllStandardOutput());
-            return output.contains(part);
-        }, ms);
+        output += QString::fromUtf8(process.readAllStandardOutput());
+        return output.contains(part);
     }
     quint16 port()
     {
-        if (!waitForLine("LISTENING "))
+        QElapsedTimer t;
+        t.start();
+        while (!has("LISTENING ") && t.elapsed() < 8000)
+            QTest::qWait(10);
+        if (!has("LISTENING "))
             return 0;
         const int at = output.indexOf("LISTENING ") + 10;
         return quint16(output.mid(at, output.indexOf(QRegularExpression("[ \\n]"), at) - at).toUInt());
@@ -91,37 +65,39 @@ private slots:
         Receiver gui, db;
         ComPtr zedagui(new CTavoCoreCommunicator("127.0.0.1", port, "zedagui", false));
         connect(zedagui.get(), &CTavoCoreCommunicator::messageReceived, &gui, &Receiver::onMessage);
-        QVERIFY(core.waitForLine("REGISTER zedagui"));
-        QVERIFY(waitFor([&] { return !gui.got.isEmpty(); }));
+        QTRY_VERIFY_WITH_TIMEOUT(core.has("REGISTER zedagui"), 10000);
+        QTRY_VERIFY(!gui.got.isEmpty());
         CTXMLRoot root;
-        QVERIFY(root.parse(gui.got.last().first));
+        QVERIFY(root.parse(gui.got.last().data));
         QCOMPARE(int(root.appStatus), 256 | 1);
 
         ComPtr dbs(new CTavoCoreCommunicator("127.0.0.1", port, "dbs", false));
         connect(dbs.get(), &CTavoCoreCommunicator::messageReceived, &db, &Receiver::onMessage);
-        QVERIFY(core.waitForLine("REGISTER dbs"));
-        QVERIFY(waitFor([&] { return gui.got.size() == 2; }));
-        QVERIFY(root.parse(gui.got.last().first));
+        QTRY_VERIFY_WITH_TIMEOUT(core.has("REGISTER dbs"), 10000);
+        QTRY_VERIFY(gui.got.size() == 2);
+        QVERIFY(root.parse(gui.got.last().data));
         QCOMPARE(int(root.appStatus), 256 | 8 | 1);
 
         // A request of the GUI to "dbs" reaches the database peer, source kept.
         const int before = db.got.size();
         zedagui->send("SELECT 1", GuiAppsDbs, GuiAppsMsgDb);
-        QVERIFY(waitFor([&] { return db.got.size() == before + 1; }));
-        QCOMPARE(db.got.last().first, QByteArray("SELECT 1"));
-        QCOMPARE(db.got.last().second, int(GuiAppsZedagui));
+        QTRY_VERIFY(db.got.size() == before + 1);
+        QCOMPARE(db.got.last().data, QByteArray("SELECT 1"));
+        QCOMPARE(db.got.last().source, int(GuiAppsZedagui));
         dbs->send("rows", GuiAppsZedagui, GuiAppsMsgDb);
-        QVERIFY(waitFor([&] { return gui.got.last().first == "rows"; }));
+        QTRY_VERIFY(gui.got.last().data == "rows");
 
         // An event for the core is printed as one line.
         zedagui->send("<TXML><Event uri=\"Gui:Event\">a=1\nb=2</Event></TXML>", GuiAppsTavoapp,
                       GuiAppsMsgTxml);
-        QVERIFY(core.waitForLine("EVENT zedagui type=0 <TXML><Event uri=\"Gui:Event\">a=1\\nb=2</Event></TXML>\n"));
+        QTRY_VERIFY_WITH_TIMEOUT(
+            core.has("EVENT zedagui type=0 <TXML><Event uri=\"Gui:Event\">a=1\\nb=2</Event></TXML>\n"),
+            10000);
 
         // The database peer leaves: the GUI hears the new mask.
         dbs.reset();
-        QVERIFY(core.waitForLine("DISCONNECT dbs"));
-        QVERIFY(waitFor([&] { return root.parse(gui.got.last().first) && root.appStatus == 257; }));
+        QTRY_VERIFY_WITH_TIMEOUT(core.has("DISCONNECT dbs"), 10000);
+        QTRY_VERIFY(root.parse(gui.got.last().data) && root.appStatus == 257);
     }
 
     void tlsWithAGeneratedCertificate()
@@ -135,9 +111,9 @@ private slots:
         // Any name but the loopback address text selects TLS.
         ComPtr zedagui(new CTavoCoreCommunicator("localhost", port, "zedagui", true));
         connect(zedagui.get(), &CTavoCoreCommunicator::messageReceived, &gui, &Receiver::onMessage);
-        QVERIFY(core.waitForLine("REGISTER zedagui", 10000));
-        QVERIFY(waitFor([&] { return !gui.got.isEmpty(); }));
-        QVERIFY(gui.got.first().first.contains("AppStatus"));
+        QTRY_VERIFY_WITH_TIMEOUT(core.has("REGISTER zedagui"), 10000);
+        QTRY_VERIFY(!gui.got.isEmpty());
+        QVERIFY(gui.got.first().data.contains("AppStatus"));
     }
 
     void zedaguiPlaysAScenario()
@@ -178,7 +154,7 @@ private slots:
         QVERIFY(log.contains("zedagui: 1 softkeys: Appeler"));
         QVERIFY(log.contains("handleTXmlMsg received 1 translated strings"));
         QVERIFY(QFile::exists(dir.filePath("shots/99-end.png")));
-        QVERIFY(core.waitForLine("DISCONNECT zedagui"));
+        QTRY_VERIFY_WITH_TIMEOUT(core.has("DISCONNECT zedagui"), 10000);
     }
 };
 
