@@ -61,7 +61,7 @@ void CTavoGuiLog::logRaw(UtilLogLevelT level, const char* data)
     if (client)
         client->logRawData(level, data, -1);
     else
-        qDebug("%s", data);
+        qDebug("%.16383s", data);
 }
 
 UtilLogLevelT CTavoGuiLog::getActiveLevel()

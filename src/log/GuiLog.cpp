@@ -9,6 +9,8 @@ CTavoGuiLog* hostGuiLog = nullptr;
 
 void guiLog(UtilLogLevelT level, const char* format, ...)
 {
+    if (!format)
+        return;
     CTavoGuiLog* log = hostGuiLog;
     if (log && CTavoGuiLog::m_bEnabled && log->dropsLevel(level))
         return;
@@ -31,5 +33,5 @@ void guiLogRaw(UtilLogLevelT level, const char* data)
     if (hostGuiLog && CTavoGuiLog::m_bEnabled)
         hostGuiLog->logRaw(level, data);
     else
-        qDebug("%s", data);
+        qDebug("%.16383s", data);
 }

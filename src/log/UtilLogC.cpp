@@ -48,7 +48,6 @@ UtilLogC::UtilLogC(const char* label, int instance, UtilLogLevelT level, bool in
     queueInfo.mqd = (mqd_t)-1;
     if (connect() != 0)
         log(4, "Connection to log server failed");
-    updateParamsFromSharedMemory();
     if (initialEntry)
         log(UTIL_LOG_LEVEL_ALWAYS, "Initial log entry. Current logging level %d", this->level);
     if (length > UTIL_LOG_LABEL_MAX)
@@ -146,6 +145,8 @@ void UtilLogC::updateParamsFromSharedMemory()
     std::lock_guard<std::mutex> lock(m_mutex);
     if (!sharedBase && !attachShared())
         return;
+    if (sharedBase[0] != UTIL_LOG_SHARED_MAGIC)
+        return;
     const unsigned generation = __atomic_load_n(&sharedBase[1], __ATOMIC_ACQUIRE);
     if (generation == sharedGeneration)
         return;
@@ -177,7 +178,7 @@ void UtilLogC::vlog_internal(UtilLogLevelT level, const char* format, va_list ar
     if (!format)
         return;
     if (!connected) {
-        if (level < 3 || level > UTIL_LOG_LEVEL_ALWAYS || level == UTIL_LOG_LEVEL_NEVER)
+        if (level < 3)
             return;
         unsigned dropped = 0;
         if (rateLimiter && !utilLogRateLimiterPass(rateLimiter, &dropped))
@@ -289,9 +290,10 @@ void UtilLogC::formatLine(UtilLogLevelT level, const char* text, int length, int
     } while (offset < length);
 }
 
+// Without the server every message from level 3 up goes to the console.
 static bool levelPrintable(UtilLogLevelT level)
 {
-    return level >= 3 && level <= UTIL_LOG_LEVEL_ALWAYS && level != UTIL_LOG_LEVEL_NEVER;
+    return level >= 3;
 }
 
 void UtilLogC::logFormatLine(UtilLogLevelT level, const char* text, int length, int indent)

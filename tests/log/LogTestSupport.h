@@ -3,9 +3,10 @@
 // side by side do not meet; the names go to the environment before the first
 // log client reads them.
 #include <QByteArray>
-#include <QString>
+#include <QStringList>
+#include <QTemporaryFile>
 #include <QVector>
-#include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <unistd.h>
@@ -43,12 +44,6 @@ struct Receiver
         rtosProtMsgQClose(queue);
         rtosProtMsgQDelete(&info);
     }
-    int capacity() const
-    {
-        struct mq_attr attr;
-        return queue && mq_getattr(queue->mqd, &attr) == 0 ? (int)attr.mq_maxmsg : -1;
-    }
-    // Every record waiting, as received bytes.
     QVector<QByteArray> drain()
     {
         QVector<QByteArray> records;
@@ -72,19 +67,28 @@ inline QStringList texts(const QVector<QByteArray>& records)
 {
     QStringList out;
     for (const QByteArray& r : records) {
-        const utilLogMsg msg = asText(r);
-        if (msg.type == UTIL_LOG_MSG_TEXT)
-            out << QString::fromUtf8(msg.text);
+        if (asText(r).type == UTIL_LOG_MSG_TEXT)
+            out << QString::fromUtf8(asText(r).text);
     }
     return out;
 }
 
-inline QVector<int> levels(const QVector<QByteArray>& records)
+// What `fn` prints on standard output.
+template <typename Fn>
+QByteArray captureStdout(Fn fn)
 {
-    QVector<int> out;
-    for (const QByteArray& r : records)
-        out << asText(r).level;
-    return out;
+    QTemporaryFile file;
+    if (!file.open())
+        return "no temporary file";
+    fflush(stdout);
+    const int saved = dup(1);
+    dup2(file.handle(), 1);
+    fn();
+    fflush(stdout);
+    dup2(saved, 1);
+    close(saved);
+    file.seek(0);
+    return file.readAll();
 }
 
 }  // namespace logtest

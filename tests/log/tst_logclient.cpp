@@ -1,14 +1,34 @@
-// The log client against a real queue and a real shared configuration
-// segment, read back the way the log server reads them.
+// The log client and guiLog against a real queue and a real shared
+// configuration segment, read back the way the log server reads them.
 #include <QTemporaryFile>
 #include <QtTest>
+#include <memory>
+#include <sys/resource.h>
 #include <thread>
 
 #include "LogTestSupport.h"
+#include "log/CTavoGuiLog.h"
+#include "log/GuiLog.h"
 #include "log/UtilLog.h"
 #include "log/UtilLogC.h"
 
 using namespace logtest;
+
+namespace {
+QStringList console;
+void toConsole(QtMsgType, const QMessageLogContext&, const QString& msg)
+{
+    console << msg;
+}
+
+void logLimited(UtilLogC& client, UtilLogRateLimiterT* limiter, const char* format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    client.vlog(4, format, args, limiter);
+    va_end(args);
+}
+}  // namespace
 
 class TestLogClient : public QObject
 {
@@ -21,90 +41,114 @@ private slots:
         useRunNames("client");
         receiver = new Receiver;
         QVERIFY(receiver->queue);
-        QVERIFY(receiver->capacity() > 0);
+        qInstallMessageHandler(toConsole);
     }
     void cleanupTestCase()
     {
+        qInstallMessageHandler(nullptr);
         utilLogDestroy();
         delete receiver;
         utilLogSharedConfigRemove();
     }
-    void init() { receiver->drain(); }
-
-    void recordLayoutAsReceived()
+    void init()
     {
-        const uint32_t before = (uint32_t)time(nullptr);
-        UtilLogC client("tgui", 0, 4, true);
-        QVERIFY(client.isConnected());
-        client.log(5, "call %d to %s", 42, "Bob");
-        const QVector<QByteArray> records = receiver->drain();
-        QCOMPARE(records.size(), 2);
-
-        const QByteArray initial = records[0];
-        QCOMPARE(initial.size(), 548);
-        auto word = [](const QByteArray& r, int offset) {
-            const auto* p = reinterpret_cast<const unsigned char*>(r.constData() + offset);
-            return uint32_t(p[0]) | uint32_t(p[1]) << 8 | uint32_t(p[2]) << 16 | uint32_t(p[3]) << 24;
-        };
-        const QByteArray initialText("Initial log entry. Current logging level 4");
-        QCOMPARE(word(initial, 0), 1u);
-        QCOMPARE(word(initial, 4), uint32_t(36 + initialText.size()));
-        QCOMPARE(word(initial, 8), 0u);
-        QCOMPARE(word(initial, 20), 8u);
-        QCOMPARE(initial.mid(24, 6), QByteArray("tgui\0\0", 6));
-        QCOMPARE(QByteArray(initial.constData() + 32), initialText);
-
-        const QByteArray line = records[1];
-        QCOMPARE(word(line, 20), 5u);
-        QCOMPARE(QByteArray(line.constData() + 32), QByteArray("call 42 to Bob"));
-        QCOMPARE(word(line, 4), uint32_t(36 + 14));
-        QVERIFY(word(line, 16) >= before && word(line, 16) <= before + 5);
-        QVERIFY(word(line, 12) - word(initial, 12) < 5000);  // ticks in ms
+        receiver->drain();
+        console.clear();
     }
 
-    void textCutAt512()
+    void guiLogWithoutClientGoesToConsole()
     {
-        UtilLogC client("tgui", 0, 4, false);
+        guiLog(3, "%s Connected to %s:%d", "zedagui", "127.0.0.1", 10010);
+        guiLogRaw(2, "100% raw %s");
+        const QByteArray big(20000, 'x');
+        guiLog(5, "%s", big.constData());
+        guiLogRaw(5, big.constData());
+        guiLogRaw(2, nullptr);
+        QCOMPARE(console, QStringList({"zedagui Connected to 127.0.0.1:10010", "100% raw %s",
+                                       QString(16383, 'x'), QString(16383, 'x')}));
+
+        // A name outside the table gives no client, even with the link up.
+        CTavoGuiLog log("zedagui", 0, true);
+        QCOMPARE(CTavoGuiLog::getActiveLevel(), 7);
+        hostGuiLog = &log;
+        CTavoGuiLog::m_bEnabled = true;
+        guiLog(5, "still to the console");
+        hostGuiLog = nullptr;
+        CTavoGuiLog::m_bEnabled = false;
+        QCOMPARE(console.last(), QString("still to the console"));
+        QVERIFY(receiver->drain().isEmpty());
+    }
+
+    void guiLogToQueueOnlyWhileEnabled()
+    {
+        for (const char* name : {"tgui", "brow", "osd", "pdc", "ec", "dbs", "qml", "em"}) {
+            CTavoGuiLog log(name, 3, true);
+            QCOMPARE(CTavoGuiLog::getActiveLevel(), 4);
+            const QVector<QByteArray> records = receiver->drain();
+            QCOMPARE(QByteArray(asText(records.value(0)).label), QByteArray(name));
+            QCOMPARE(utilLogGet()->getInstance(), 0);
+        }
+        CTavoGuiLog log("tgui", 0, false);
+        hostGuiLog = &log;
+        for (bool enabled : {false, true, false}) {
+            CTavoGuiLog::m_bEnabled = enabled;
+            guiLog(5, "linked %d", int(enabled));
+            guiLog(3, "below the level");
+            guiLog(7, "never sent");
+            guiLog(8, "always sent");
+            guiLogRaw(4, "raw one\r\nraw two");
+        }
+        hostGuiLog = nullptr;
+        CTavoGuiLog::m_bEnabled = false;
+        const QStringList all = {"below the level", "never sent", "always sent", "raw one\r\nraw two"};
+        QCOMPARE(console, QStringList({"linked 0"}) + all + QStringList({"linked 0"}) + all);
+        QCOMPARE(texts(receiver->drain()),
+                 QStringList({"linked 1", "always sent", "raw one", "raw two"}));
+    }
+
+    void recordAsReceived()
+    {
+        const uint32_t before = (uint32_t)time(nullptr);
+        UtilLogC client("toolong", 0, 4, true);
+        client.log(5, "call %d to %s", 42, "Bob");
         const QByteArray big(600, 'x');
         client.log(5, "%s", big.constData());
         const QVector<QByteArray> records = receiver->drain();
-        QCOMPARE(records.size(), 1);
-        const utilLogMsg msg = asText(records[0]);
-        QCOMPARE(QByteArray(msg.text), big.left(512));
-        QCOMPARE(msg.size, 36u + 512u);
-        QVERIFY(!QByteArray(msg.text).contains("MessagesMissed"));
+        QCOMPARE(records.size(), 4);
+        QCOMPARE(texts(records), QStringList({"Initial log entry. Current logging level 4",
+                                              "Truncating label from toolong", "call 42 to Bob",
+                                              QString(512, 'x')}));
+        for (int i = 0; i < records.size(); ++i) {
+            const utilLogMsg msg = asText(records[i]);
+            QCOMPARE(records[i].size(), 548);
+            QCOMPARE(msg.type, 1u);
+            QCOMPARE(msg.size, uint32_t(36 + strlen(msg.text)));
+            QCOMPARE(msg.level, QVector<int>({8, 5, 5, 5})[i]);
+            QCOMPARE(QByteArray(msg.label, 6), QByteArray("toolo\0", 6));
+            QVERIFY(msg.time >= before && msg.time <= before + 5);
+            QVERIFY(msg.tick - asText(records[0]).tick < 5000);  // ms
+        }
     }
 
-    void longLabelIsCutAndReported()
+    void levelFilter_data()
     {
-        UtilLogC client("toolong", 3, 4, false);
-        QCOMPARE(QByteArray(client.getLabel()), QByteArray("toolo"));
-        const QVector<QByteArray> records = receiver->drain();
-        QCOMPARE(records.size(), 1);
-        const utilLogMsg msg = asText(records[0]);
-        QCOMPARE(msg.level, 5);
-        QCOMPARE(QByteArray(msg.label), QByteArray("toolo"));
-        QCOMPARE(QByteArray(msg.text), QByteArray("Truncating label from toolong"));
+        QTest::addColumn<int>("active");
+        QTest::addColumn<QStringList>("sent");
+        QTest::newRow("4") << 4 << QStringList({"4", "5", "6", "8"});
+        QTest::newRow("0") << 0 << QStringList({"0", "1", "2", "3", "4", "5", "6", "8"});
+        QTest::newRow("7: all off but 8") << 7 << QStringList({"8"});
     }
-
     void levelFilter()
     {
+        QFETCH(int, active);
+        QFETCH(QStringList, sent);
         UtilLogC client("tgui", 0, 4, false);
-        for (int level = -1; level <= 9; ++level)
-            client.log(level, "level %d", level);
-        QCOMPARE(levels(receiver->drain()), QVector<int>({4, 5, 6, 8}));
-
-        client.setLevel(0);
-        for (int level = 0; level <= 8; ++level)
-            client.log(level, "level %d", level);
-        QCOMPARE(levels(receiver->drain()), QVector<int>({0, 1, 2, 3, 4, 5, 6, 8}));
-
-        client.setLevel(7);  // everything off but the always-level
+        client.setLevel(active);
         client.setLevel(12);  // refused
-        QCOMPARE(client.getActiveLevel(), 7);
-        for (int level = 0; level <= 8; ++level)
-            client.log(level, "level %d", level);
-        QCOMPARE(levels(receiver->drain()), QVector<int>({8}));
+        QCOMPARE(client.getActiveLevel(), active);
+        for (int level = -1; level <= 9; ++level)
+            client.log(level, "%d", level);
+        QCOMPARE(texts(receiver->drain()), sent);
     }
 
     void sharedLevelTakesEffectAtNextMessage()
@@ -113,37 +157,41 @@ private slots:
         UtilLogC client("pdc", 1, 4, false);
         UtilLogC other("pdc", 2, 4, false);
         client.log(2, "before");
-        QVERIFY(receiver->drain().isEmpty());
-
         QCOMPARE(utilLogSharedConfigActiveLevelSet("pdc", 1, 2), 0);
         QCOMPARE(utilLogSharedConfigActiveLevelGet("pdc", 1), 2);
         QCOMPARE(utilLogSharedConfigActiveLevelGet("pdc", 9), -1);
+        QCOMPARE(client.getActiveLevel(), 4);
         client.log(2, "after");
         other.log(2, "other instance");
-        QCOMPARE(texts(receiver->drain()), QStringList({"after"}));
         QCOMPARE(client.getActiveLevel(), 2);
-        QCOMPARE(other.getActiveLevel(), 4);
-
         // A local change stands until the segment changes again.
         client.setLevel(5);
         client.log(3, "hidden");
         QCOMPARE(utilLogSharedConfigActiveLevelSet("pdc", 1, 3), 0);
         client.log(3, "shown");
-        QCOMPARE(texts(receiver->drain()), QStringList({"shown"}));
+        // The initial entry names the level the client was made with.
+        UtilLogC late("pdc", 1, 4, true);
+        QCOMPARE(late.getActiveLevel(), 3);
+        QCOMPARE(texts(receiver->drain()),
+                 QStringList({"after", "shown", "Initial log entry. Current logging level 4"}));
     }
 
     void segmentWithWrongMagicIsIgnored()
     {
         QCOMPARE(utilLogSharedConfigInit(), 0);
         UtilLogSharedConfigT* config = utilLogSharedConfigGet();
-        QCOMPARE(config->magic, UTIL_LOG_SHARED_MAGIC);
-        QCOMPARE(utilLogSharedConfigActiveLevelSet("ec", 0, 0), 0);
+        UtilLogC attached("ec", 1, 4, false);
+        attached.log(4, "attached");
         config->magic = 0xdeadbeef;
-        UtilLogC client("ec", 0, 4, false);
-        client.log(0, "detailed");
-        client.log(4, "normal");
-        QCOMPARE(texts(receiver->drain()), QStringList({"normal"}));
+        QCOMPARE(utilLogSharedConfigActiveLevelSet("ec", 0, 0), 0);
+        QCOMPARE(utilLogSharedConfigActiveLevelSet("ec", 1, 0), 0);
+        UtilLogC fresh("ec", 0, 4, false);
+        attached.log(0, "detailed 1");
+        fresh.log(0, "detailed 0");
+        fresh.log(4, "normal");
         config->magic = UTIL_LOG_SHARED_MAGIC;
+        attached.log(0, "magic back");
+        QCOMPARE(texts(receiver->drain()), QStringList({"attached", "normal", "magic back"}));
     }
 
     void statisticsRecords()
@@ -151,17 +199,15 @@ private slots:
         QVERIFY(utilLogSharedConfigEntryAdd("qml", 0, 4, true) >= 0);
         UtilLogC client("qml", 0, 4, false);
         client.log(5, "first");  // switches statistics on and counts
-        QVERIFY(client.isStatsEnabled());
         client.log(1, "filtered but counted");
         QTest::qWait(1100);
         client.log(3, "after a second");
         QVector<QByteArray> records = receiver->drain();
         QCOMPARE(records.size(), 2);  // "first" and the statistics; 3 is below the level
-        QCOMPARE(records[1].size(), 208);
         utilLogStatsMsg stats;
         memcpy(&stats, records[1].constData(), sizeof stats);
-        QCOMPARE(stats.type, 9u);
-        QCOMPARE(stats.size, 208u);
+        QCOMPARE(records[1].size(), 208);
+        QVERIFY(stats.type == 9 && stats.size == 208);
         QCOMPARE(QByteArray(stats.label), QByteArray("qml"));
         QVERIFY(stats.elapsedMs >= 1000 && stats.elapsedMs < 5000);
         // Levels 0..1 saw three messages, 2..3 two, 4..5 one, above none.
@@ -173,30 +219,9 @@ private slots:
             // 1000 ms lower every decaying count far below zero: clamped.
             QCOMPARE(stats.counters[lv][UTIL_LOG_STAT_DECAY1], 0u);
         }
-
         QVERIFY(utilLogSharedConfigEntryAdd("qml", 0, 4, false) >= 0);
         client.log(5, "off again");
         QVERIFY(!client.isStatsEnabled());
-    }
-
-    void missedMessagesTravelInNextRecord()
-    {
-        UtilLogC client("dbs", 0, 4, false);
-        const int capacity = receiver->capacity();
-        for (int i = 0; i < capacity + 3; ++i)
-            client.log(4, "fill %d", i);
-        QCOMPARE(client.getMissedMessages(), 3u);
-
-        char buffer[8192];
-        QVERIFY(rtosProtMsgQReceive(receiver->queue, buffer, sizeof buffer, 0) > 0);
-        client.log(4, "gets through");
-        QCOMPARE(client.getMissedMessages(), 0u);
-        const QVector<QByteArray> records = receiver->drain();
-        QCOMPARE(records.size(), capacity);
-        const utilLogMsg last = asText(records.last());
-        QCOMPARE(QByteArray(last.text), QByteArray("gets through"));
-        QCOMPARE(last.missed, 3u);
-        QCOMPARE(asText(records.first()).missed, 0u);
     }
 
     void rateLimiterReportsDrops()
@@ -204,88 +229,63 @@ private slots:
         UtilLogC client("brow", 0, 4, false);
         UtilLogRateLimiterT limiter;
         utilLogRateLimiterInit(&limiter, 200, 60);
-        auto logLimited = [&](const char* text) {
-            va_list none;
-            [&](const char* format, ...) {
-                va_start(none, format);
-                client.vlog(4, format, none, &limiter);
-                va_end(none);
-            }("%s", text);
-        };
-        logLimited("first");
-        logLimited("dropped 1");
-        logLimited("dropped 2");
+        for (const char* text : {"first", "dropped 1", "dropped 2"})
+            logLimited(client, &limiter, "%s", text);
         QTest::qWait(250);
-        logLimited("next");
-        QCOMPARE(texts(receiver->drain()), QStringList({"first", "next MessagesMissed:2"}));
-
+        logLimited(client, &limiter, "next");
         // A text at the limit keeps its 512 characters and loses the note.
-        logLimited("soon");
+        logLimited(client, &limiter, "dropped");
         QTest::qWait(250);
-        const QByteArray big(600, 'y');
-        logLimited(big.constData());
-        const QStringList got = texts(receiver->drain());
-        QCOMPARE(got.size(), 1);
-        QCOMPARE(got[0].size(), 512);
+        logLimited(client, &limiter, "%s", QByteArray(600, 'y').constData());
+        QCOMPARE(texts(receiver->drain()),
+                 QStringList({"first", "next MessagesMissed:2", QString(512, 'y')}));
     }
 
     void rawHexFormattedAndFileLines()
     {
         UtilLogC client("osd", 0, 4, false);
         client.logRawData(4, "one\r\ntwo\nthree\r\n\nfour", -1);
-        QCOMPARE(texts(receiver->drain()), QStringList({"one", "two", "three", "", "four"}));
         client.logRawData(2, "below the level", -1);
-        QVERIFY(receiver->drain().isEmpty());
-
         const QByteArray long1000(1000, 'z');
         client.logFormatLine(5, long1000.constData(), long1000.size(), 4);
-        QStringList pieces = texts(receiver->drain());
-        QCOMPARE(pieces.size(), 2);
-        QCOMPARE(pieces[0], "    " + QString(508, 'z'));
-        QCOMPARE(pieces[1], "    " + QString(492, 'z'));
-
+        QStringList got = texts(receiver->drain());  // the queue may hold only 10
         const unsigned char bytes[] = {0x00, 0x7f, 0xff};
         client.logHexData(4, bytes, sizeof bytes);
-        QCOMPARE(texts(receiver->drain()), QStringList({" 00 7f ff"}));
-
         QTemporaryFile file;
         QVERIFY(file.open());
         file.write("alpha\nbeta\r\n");
         file.flush();
         client.logFile(4, file.fileName().toLocal8Bit().constData());
         client.logFile(4, "/nonexistent/file.txt");
-        QCOMPARE(texts(receiver->drain()),
-                 QStringList({"alpha", "beta", "logFile: failed to open /nonexistent/file.txt"}));
+        QCOMPARE(got + texts(receiver->drain()),
+                 QStringList({"one", "two", "three", "", "four", "    " + QString(508, 'z'),
+                              "    " + QString(492, 'z'), " 00 7f ff", "alpha", "beta",
+                              "logFile: failed to open /nonexistent/file.txt"}));
     }
 
     void flatInterface()
     {
+        utilLogDestroy();
         QCOMPARE(utilLogActiveLevelGet(), 7);
         QCOMPARE(utilLogLevelSet(3), -1);  // no client yet
-        QCOMPARE(utilLogCreate("", 0, 4, false), -1);
-        QCOMPARE(utilLogCreate(nullptr, 0, 4, false), -1);
-        QCOMPARE(utilLogCreate("em", 0, 7, false), -1);
-        QVERIFY(!utilLogGet());
-
-        QCOMPARE(utilLogCreate("em", 0, 4, true), 0);
-        QCOMPARE(utilLogActiveLevelGet(), 4);
+        const QByteArray refused = captureStdout([] {
+            for (const char* label : {"", static_cast<const char*>(nullptr)})
+                QCOMPARE(utilLogCreate(label, 0, 4, false), -1);
+            QCOMPARE(utilLogCreate("em", 0, 7, false), -1);
+        });
+        QCOMPARE(refused, QByteArray("UtilLogCreate: Invalid parameters.\n").repeated(3));
+        QCOMPARE(utilLogCreate("em", 0, 4, false), 0);
         utilLog(4, "flat %s", "call");
         utilLogRawData(5, "raw\nlines", -1);
-        QCOMPARE(texts(receiver->drain()),
-                 QStringList({"Initial log entry. Current logging level 4", "flat call", "raw",
-                              "lines"}));
-
+        QCOMPARE(texts(receiver->drain()), QStringList({"flat call", "raw", "lines"}));
         QCOMPARE(utilLogLevelSetFromParam("2"), 0);
         QCOMPARE(utilLogActiveLevelGet(), 2);
-        QCOMPARE(utilLogLevelSetFromParam("x"), -1);
-        QCOMPARE(utilLogLevelSetFromParam("9"), -1);
-        QCOMPARE(utilLogLevelSetFromParam(nullptr), -1);
+        for (const char* bad : {"x", "9", static_cast<const char*>(nullptr)})
+            QCOMPARE(utilLogLevelSetFromParam(bad), -1);
         QCOMPARE(utilLogLevelSetCallback("3"), 0);
         char text[8];
         QCOMPARE(utilLogLevelGetCallback(text, sizeof text), 0);
         QCOMPARE(QByteArray(text), QByteArray("3"));
-        utilLogDestroy();
-        QCOMPARE(utilLogActiveLevelGet(), 7);
     }
 
     void threadsShareOneClient()
@@ -298,18 +298,56 @@ private slots:
                     client.log(4, "thread %d message %d", t, i);
             });
         }
-        QVector<QByteArray> records;
-        for (int round = 0; round < 2000 && records.size() < 800; ++round) {
-            records += receiver->drain();
-            QThread::usleep(100);
-        }
+        QStringList got;
+        for (int round = 0; round < 2000 && got.size() < 800; ++round, QThread::usleep(100))
+            got += texts(receiver->drain());
         for (std::thread& thread : threads)
             thread.join();
-        records += receiver->drain();
         // Every record that arrived is whole; the rest were counted as missed.
-        for (const QByteArray& r : records)
-            QVERIFY(QByteArray(asText(r).text).startsWith("thread "));
-        QVERIFY(records.size() > 0);
+        got += texts(receiver->drain());
+        QVERIFY(!got.isEmpty());
+        QCOMPARE(got.filter(QRegularExpression("^thread \\d message \\d+$")), got);
+    }
+
+    void withoutServerToStandardOutput()
+    {
+        // No queue of that name and no room to make one: the client stays unconnected.
+        delete receiver;
+        receiver = nullptr;
+        struct rlimit saved, none;
+        QCOMPARE(getrlimit(RLIMIT_MSGQUEUE, &saved), 0);
+        none = saved;
+        none.rlim_cur = 0;
+        std::unique_ptr<UtilLogC> client;
+        UtilLogRateLimiterT limiter;
+        utilLogRateLimiterInit(&limiter, 200, 60);
+        const QByteArray out = captureStdout([&] {
+            setrlimit(RLIMIT_MSGQUEUE, &none);
+            client.reset(new UtilLogC("ec", 0, 4, true));
+            setrlimit(RLIMIT_MSGQUEUE, &saved);
+            for (int level = 0; level <= 9; ++level)
+                client->log(level, "level %d", level);
+            for (const char* text : {"first", "dropped 1", "dropped 2"})
+                logLimited(*client, &limiter, "%s", text);
+            QTest::qWait(250);
+            logLimited(*client, &limiter, "next");
+        });
+        QVERIFY(!client->isConnected());
+        QVERIFY2(out.endsWith("rtosProtMsgQOpen TX failed \nConnection to log server failed\n"
+                              "Initial log entry. Current logging level 4\nlevel 3\nlevel 4\n"
+                              "level 5\nlevel 6\nlevel 7\nlevel 8\nlevel 9\nfirst\n"
+                              "next MissedMessages:2\n"),
+                 out.constData());
+
+        // The queue can be made now.
+        const QByteArray again = captureStdout([&] {
+            QCOMPARE(client->connect(), 0);
+            QCOMPARE(client->connect(), 0);
+        });
+        QVERIFY(again.endsWith("Log |ec| Already connected\n"));
+        receiver = new Receiver;
+        client->log(4, "connected");
+        QCOMPARE(texts(receiver->drain()), QStringList({"connected"}));
     }
 };
 
