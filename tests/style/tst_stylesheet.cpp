@@ -123,10 +123,12 @@ private slots:
 
     void malformedPiecesAreSkipped()
     {
+        // A piece without "{" goes; one that begins with "{" takes its first text as selector.
         CTavoStyleSheet sheet;
-        sheet.set("junk without braces } { orphan: 1; } A { x: 1; nocolon; : 2; y : 3 ; } B { z: 4", "");
-        QCOMPARE(sheet.styles().keys(), (QList<QString>{"A", "B"}));
-        QCOMPARE(sheet.get("A")->String("x"), QString("1"));
+        sheet.set("{bare: 1; } junk } { orphan: 1; } A { x: 1; nocolon; : 2; y : 3 ; } B { z: 4", "");
+        QCOMPARE(sheet.styles().keys(), (QList<QString>{"", "A", "B", "bare: 1;"}));
+        QCOMPARE(sheet.get("")->String("orphan"), QString("1"));
+        QVERIFY(!sheet.get("bare: 1;")->isValid());
         QCOMPARE(sheet.get("A")->String("y"), QString("3"));
         QCOMPARE(sheet.get("A")->properties().size(), 3); // x, "" and y
         QCOMPARE(sheet.get("B")->String("z"), QString("4")); // last block needs no "}"
