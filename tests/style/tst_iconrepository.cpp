@@ -8,13 +8,10 @@
 #include "style/CIconResource.h"
 #include "style/CTavoIconDefinition.h"
 #include "style/CTavoIconRepository.h"
+#include "StyleTestFiles.h"
 
-static const char kSquareSvg[] =
-    "<svg xmlns='http://www.w3.org/2000/svg' width='20' height='10'>"
-    "<rect width='20' height='10' fill='#ff0000'/></svg>";
-static const char kInvertedSvg[] =
-    "<svg xmlns='http://www.w3.org/2000/svg' width='20' height='10'>"
-    "<rect width='20' height='10' fill='#0000ff'/></svg>";
+static const QByteArray kSquareSvg = svgOf(20, 10, "#ff0000");
+static const QByteArray kInvertedSvg = svgOf(20, 10, "#0000ff");
 
 class TestIconRepository : public QObject
 {
@@ -24,29 +21,11 @@ class TestIconRepository : public QObject
     QByteArray m_profileFile;
     const char* m_oldProfileFile = nullptr;
 
-    void writeFile(const QString& relative, const QByteArray& content)
-    {
-        const QString path = m_dir.filePath(relative);
-        QDir().mkpath(QFileInfo(path).path());
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(content);
-    }
-    void writePng(const QString& relative, const QColor& color, const QSize& size = QSize(8, 6))
-    {
-        QDir().mkpath(QFileInfo(m_dir.filePath(relative)).path());
-        QImage image(size, QImage::Format_ARGB32);
-        image.fill(color);
-        QVERIFY(image.save(m_dir.filePath(relative), "PNG"));
-    }
     void setBaseProfile(const QByteArray* content)
     {
         QFile::remove(QString::fromLocal8Bit(m_profileFile));
-        if (content) {
-            QFile file(QString::fromLocal8Bit(m_profileFile));
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            file.write(*content);
-        }
+        if (content)
+            QVERIFY(writeFile(QString::fromLocal8Bit(m_profileFile), *content));
     }
 
 private slots:
@@ -165,35 +144,30 @@ private slots:
     // --- resources -----------------------------------------------------------------
     void bareNamesPreferTheVectorAndExtensionsAreTrusted()
     {
-        writeFile("res/a.svg", kSquareSvg);
-        writePng("res/a.png", Qt::green);
-        writePng("res/r.png", Qt::green);
-        QCOMPARE(CIconResource("res/a").getType(), 3);
-        QCOMPARE(CIconResource("res/a").fileName(), QString("res/a.svg"));
-        QCOMPARE(CIconResource("res/r").getType(), 1);
-        QCOMPARE(CIconResource("res/r").fileName(), QString("res/r.png"));
-        QCOMPARE(CIconResource("res/missing").getType(), 0);
-        QCOMPARE(CIconResource("res/missing").fileName(), QString("res/missing"));
-        // Not looked up on disk at all.
-        QCOMPARE(CIconResource("res/b.png").getType(), 1);
-        QCOMPARE(CIconResource("res/c.svg").getType(), 3);
+        QVERIFY(writeFile("res/a.svg", kSquareSvg));
+        QVERIFY(writePicture("res/a.png", Qt::green));
+        QVERIFY(writePicture("res/r.png", Qt::green));
+        // An explicit extension is not looked up on disk at all.
+        const struct { const char* path; int type; const char* file; } rows[] = {{"res/a", 3, "res/a.svg"},
+            {"res/r", 1, "res/r.png"}, {"res/missing", 0, "res/missing"}, {"res/b.png", 1, "res/b.png"},
+            {"res/c.svg", 3, "res/c.svg"}};
+        for (const auto& row : rows) {
+            const CIconResource resource(row.path);
+            QVERIFY2(resource.getType() == row.type && resource.fileName() == row.file, row.path);
+        }
     }
 
     void missingRastersShareThePlaceholder()
     {
         CTavoIconRepository repo("T", tavoIconNames, TAVO_ICON_COUNT, false, false);
         repo.setIconPath("nowhere/");
-        bool first = false;
+        bool first = false, second = false, again = false;
         QPixmap* one = repo[QString("b.png")].getImage(&first, false);
-        QVERIFY(first);
-        QVERIFY(one && !one->isNull());
-        bool second = false;
-        QPixmap* two = repo[QString("other.png")].getImage(&second, false);
+        QVERIFY(first && one && !one->isNull());
+        QCOMPARE(repo[QString("other.png")].getImage(&second, false), one);
         QVERIFY(second);
-        QCOMPARE(one, two);
         QCOMPARE(one, CIconResource::placeholderPixmap());
         // Cached: asking again does not touch the flag.
-        bool again = false;
         QCOMPARE(repo[QString("b.png")].getImage(&again, false), one);
         QVERIFY(!again);
         repo.clear();
@@ -203,9 +177,9 @@ private slots:
 
     void rastersLoadOnceAndInvertWhereTheSkinHasIt()
     {
-        writePng("icons/Messages.png", QColor(255, 0, 0));
-        writePng("icons/Messages_Inv.png", QColor(0, 0, 255));
-        writePng("icons/Contacts.png", QColor(0, 255, 0));
+        QVERIFY(writePicture("icons/Messages.png", QColor(255, 0, 0)));
+        QVERIFY(writePicture("icons/Messages_Inv.png", QColor(0, 0, 255)));
+        QVERIFY(writePicture("icons/Contacts.png", QColor(0, 255, 0)));
         CTavoIconRepository repo("T", tavoIconNames, TAVO_ICON_COUNT, false, false);
         repo.setIconPath("icons/");
         CIconResource& messages = repo[5];
@@ -235,8 +209,8 @@ private slots:
 
     void loadedNamesKeepTheirDirectoryUntilCleared()
     {
-        writePng("first/Settings.png", Qt::red);
-        writePng("second/Settings.png", Qt::blue);
+        QVERIFY(writePicture("first/Settings.png", Qt::red));
+        QVERIFY(writePicture("second/Settings.png", Qt::blue));
         CTavoIconRepository repo("T", tavoIconNames, TAVO_ICON_COUNT, false, false);
         repo.setIconPath("first/");
         QCOMPARE(repo[8].fileName(), QString("first/Settings.png"));
@@ -248,8 +222,8 @@ private slots:
 
     void vectorsRenderPerSizeAndInversion()
     {
-        writeFile("vec/Call.svg", kSquareSvg);
-        writeFile("vec/Call_Inv.svg", kInvertedSvg);
+        QVERIFY(writeFile("vec/Call.svg", kSquareSvg));
+        QVERIFY(writeFile("vec/Call_Inv.svg", kInvertedSvg));
         CTavoIconRepository repo("T", tavoIconNames, TAVO_ICON_COUNT, false, false);
         repo.setIconPath("vec/");
         CIconResource& call = repo[22];
@@ -257,7 +231,6 @@ private slots:
         QVERIFY(!call.getCachedSvgPixmap(QSize(0, 10), false));
         QVERIFY(!call.getCachedSvgPixmap(QSize(10, -1), false));
         QPixmap* small = call.getCachedSvgPixmap(QSize(20, 10), false);
-        QVERIFY(small);
         QCOMPARE(small->size(), QSize(20, 10));
         QCOMPARE(small->toImage().pixelColor(10, 5), QColor(255, 0, 0));
         QCOMPARE(call.getCachedSvgPixmap(QSize(20, 10), false), small);
@@ -265,11 +238,10 @@ private slots:
         QVERIFY(inverted != small);
         QCOMPARE(inverted->toImage().pixelColor(10, 5), QColor(0, 0, 255));
         QVERIFY(call.getCachedSvgPixmap(QSize(40, 20), false) != small);
-        QVERIFY(gSvgPixmapCache.contains("vec/Call.svg-(20:10)"));
-        QVERIFY(gSvgPixmapCache.contains("vec/Call.svg-(20:10)-inv"));
         // Clearing the repository keeps the rasterised vectors.
         repo.clear();
-        QVERIFY(gSvgPixmapCache.contains("vec/Call.svg-(40:20)"));
+        for (const char* key : {"vec/Call.svg-(20:10)", "vec/Call.svg-(20:10)-inv", "vec/Call.svg-(40:20)"})
+            QVERIFY2(gSvgPixmapCache.contains(key), key);
 
         bool placeholder = false;
         QSvgRenderer* renderer = repo[22].getSvg(&placeholder, false);
@@ -292,7 +264,7 @@ private slots:
         QCOMPARE(repo[QString("ghost.svg")].getSvg(&placeholder, false), renderer);
         QVERIFY(placeholder);
         // The file appears later: the resource gets its own renderer, the placeholder stays intact.
-        writeFile("vec-missing/ghost.svg", kSquareSvg);
+        QVERIFY(writeFile("vec-missing/ghost.svg", kSquareSvg));
         placeholder = false;
         QSvgRenderer* own = repo[QString("ghost.svg")].getSvg(&placeholder, false);
         QVERIFY(!placeholder);
@@ -302,7 +274,7 @@ private slots:
 
     void globalPixmapsByNumberAndStyleUpdates()
     {
-        writePng("Skins/common/icons/Messages.png", Qt::red);
+        QVERIFY(writePicture("Skins/common/icons/Messages.png", Qt::red));
         iconRepository.setIconPath(QString());
         iconRepository.clear();
         QPixmap* messages = getIconPixmap(5);

@@ -5,6 +5,7 @@
 #include "style/CTavoStyleSheetFile.h"
 #include "style/TavoProfile.h"
 #include "style/TavoSkinConfig.h"
+#include "StyleTestFiles.h"
 
 class TestSkinFile : public QObject
 {
@@ -13,12 +14,7 @@ class TestSkinFile : public QObject
 
     QString write(const QString& name, const QByteArray& content)
     {
-        const QString path = m_dir.filePath(name);
-        QFile f(path);
-        if (!f.open(QIODevice::WriteOnly))
-            return QString();
-        f.write(content);
-        return path;
+        return writeFile(m_dir.filePath(name), content) ? m_dir.filePath(name) : QString();
     }
 
 private slots:

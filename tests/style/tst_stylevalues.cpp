@@ -9,20 +9,13 @@
 
 #include "style/CTavoResourceRepository.h"
 #include "style/CTavoWidgetStyle.h"
+#include "StyleTestFiles.h"
 
 static CTavoWidgetStyle block(const QString& text)
 {
     CTavoWidgetStyle style;
     style.set(text);
     return style;
-}
-
-static void writeSvg(const QString& path)
-{
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.write("<svg xmlns='http://www.w3.org/2000/svg' width='16' height='16'>"
-            "<rect x='0' y='0' width='16' height='16' fill='#ff0000'/></svg>");
 }
 
 class TestStyleValues : public QObject
@@ -42,14 +35,10 @@ private slots:
         m_svg = m_dir.filePath("vector.svg");
         m_sizedSvg = m_dir.filePath("sized.svg");
         m_upperSvg = m_dir.filePath("Upper.svg");
-        QImage opaque(8, 4, QImage::Format_RGB32);
-        opaque.fill(Qt::blue);
-        QVERIFY(opaque.save(m_opaque));
-        QImage alpha(6, 6, QImage::Format_ARGB32);
-        alpha.fill(QColor(0, 255, 0, 100));
-        QVERIFY(alpha.save(m_alpha));
+        QVERIFY(writePicture(m_opaque, Qt::blue, QSize(8, 4), QImage::Format_RGB32));
+        QVERIFY(writePicture(m_alpha, QColor(0, 255, 0, 100), QSize(6, 6)));
         for (const QString& svg : {m_svg, m_sizedSvg, m_upperSvg})
-            writeSvg(svg);
+            QVERIFY(writeFile(svg, svgOf(16, 16, "#ff0000")));
     }
     void cleanupTestCase() { m_dir.removeRecursively(); }
     void init()
@@ -91,22 +80,17 @@ private slots:
 
     void fonts()
     {
-        const QFont app = QApplication::font();
-        QFont f = CTavoWidgetStyle::getFont("14px");
-        QCOMPARE(f.pixelSize(), 14);
-        QCOMPARE(f.weight(), 50);
-        QCOMPARE(f.family(), app.family());
-        f = CTavoWidgetStyle::getFont("bold 16px Droid Sans");
-        QCOMPARE(f.weight(), 75);
-        QCOMPARE(f.pixelSize(), 16);
-        QCOMPARE(f.family(), QString("Droid Sans"));
-        f = CTavoWidgetStyle::getFont("light 9px italic, Serif");
-        QCOMPARE(f.weight(), 25);
-        QCOMPARE(f.style(), QFont::StyleItalic);
-        QCOMPARE(f.family(), QString("Serif"));
-        // Any keyword inside a family name counts as a weight: "right" is 2.
-        QCOMPARE(CTavoWidgetStyle::getFont("12px Bright").weight(), 2);
-        QCOMPARE(CTavoWidgetStyle::getFont("").pixelSize(), app.pixelSize());
+        // Weight word first, then the size before "px", then the family; any keyword counts as weight.
+        const QString app = QApplication::font().family();
+        const struct { const char* text; int weight, px; QString family; bool italic; } rows[] = {
+            {"14px", 50, 14, app, false}, {"bold 16px Droid Sans", 75, 16, "Droid Sans", false},
+            {"light 9px italic, Serif", 25, 9, "Serif", true}, {"12px Bright", 2, 12, "B", false}};
+        for (const auto& row : rows) {
+            const QFont f = CTavoWidgetStyle::getFont(row.text);
+            QVERIFY2(f.weight() == row.weight && f.pixelSize() == row.px && f.family() == row.family
+                         && (f.style() == QFont::StyleItalic) == row.italic, row.text);
+        }
+        QCOMPARE(CTavoWidgetStyle::getFont("").pixelSize(), QApplication::font().pixelSize());
     }
 
     void numbersSizesLocations()
@@ -127,6 +111,11 @@ private slots:
         QVERIFY(!s.Bool("off", true));
         QCOMPARE(s.Url("source"), QUrl::fromLocalFile("a/b.png"));
         QCOMPARE(CTavoWidgetStyle::getUrl("a/b.png"), QUrl());
+        // "null" leaves no entry at all.
+        bool found = true;
+        QVERIFY(block("x: null; y: 1").Bool("x", true, &found));
+        QVERIFY(!found);
+        QVERIFY(!block("x: null").isValid());
     }
 
     void boxesAndShorthand()
@@ -284,16 +273,6 @@ private slots:
         QCOMPARE(s.GraphicsEffect("shade", &parent)->property("opacity").toDouble(), 0.5);
     }
 
-    void nullDeclarationLeavesNoEntry()
-    {
-        CTavoWidgetStyle s = block("x: null; y: 1");
-        bool found = true;
-        QVERIFY(s.Bool("x", true, &found));
-        QVERIFY(!found);
-        QVERIFY(s.isValid());
-        QVERIFY(!block("x: null").isValid());
-    }
-
     void scalingFromDesignResolution()
     {
         // Offscreen screen 800x600; design 400x160 capped at 800x480: 2 across, 3 down.
@@ -369,8 +348,9 @@ private slots:
         QVERIFY(StyleResourceContainer.pixmaps().isEmpty());
         QVERIFY(StyleResourceContainer.renderers().contains(m_svg));
         // A path with capitals misses the lower-case look-up and renders anew.
-        void* first = StyleResourceContainer.registerPixmap(m_upperSvg, QSize(), *reinterpret_cast<QMetaType::Type*>(&type));
-        void* second = StyleResourceContainer.registerPixmap(m_upperSvg, QSize(), *reinterpret_cast<QMetaType::Type*>(&type));
+        QMetaType::Type stored = QMetaType::UnknownType;
+        void* first = StyleResourceContainer.registerPixmap(m_upperSvg, QSize(), stored);
+        void* second = StyleResourceContainer.registerPixmap(m_upperSvg, QSize(), stored);
         QVERIFY(first != second);
         QVERIFY(CTavoImage(QMetaType::Type(TavoVectorImageType), first).width() == 16); // old handle still alive
     }
