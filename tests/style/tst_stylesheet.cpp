@@ -103,10 +103,8 @@ private slots:
         sheet.set("A { color: red; } A { font: 12px; } B { color: red; } B { color: null; }"
                   "C { color: blue; } C { color: green; }",
                   "");
-        CTavoWidgetStyle* a = sheet.get("A");
-        QVERIFY(a);
-        QCOMPARE(a->Color("color"), QColor(Qt::red));
-        QCOMPARE(a->Font("font").pixelSize(), 12);
+        QCOMPARE(sheet.get("A")->Color("color"), QColor(Qt::red));
+        QCOMPARE(sheet.get("A")->Font("font").pixelSize(), 12);
         QCOMPARE(sheet.get("B")->Color("color"), QColor(Qt::red));
         QCOMPARE(sheet.get("C")->Color("color"), QColor("green"));
     }
