@@ -62,10 +62,10 @@ void* CTavoResourceRepository::registerPixmap(const QString& path, const QSize& 
         type = QMetaType::QPixmap;
         return &pixmap.value();
     }
-    // A cached renderer serves unsized requests; a size asks for a raster of its own.
+    // A cached renderer answers whatever the size: sized rasters are only made for paths
+    // not yet held as vectors.
     auto renderer = m_renderers.find(key);
-    const bool unsized = (size.width() == 0 && size.height() == 0) || size.width() < 0 || size.height() < 0;
-    if (renderer != m_renderers.end() && unsized) {
+    if (renderer != m_renderers.end()) {
         type = QMetaType::Type(TavoVectorImageType);
         return renderer.value();
     }

@@ -47,8 +47,7 @@ void CTavoStyleSheet::set(const char* style, const char* attributes)
             if (!piece.contains(QLatin1Char('{')))
                 continue;
             const QStringList parts = piece.split(QLatin1Char('{'), Qt::SkipEmptyParts);
-            // "{ body" without a selector names nothing.
-            if (parts.isEmpty() || piece.trimmed().startsWith(QLatin1Char('{')))
+            if (parts.isEmpty())
                 continue;
             const QString selector = parts.at(0).trimmed();
             QString body = parts.size() > 1 ? parts.at(1).trimmed() : QString();

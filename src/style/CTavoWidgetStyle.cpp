@@ -798,11 +798,12 @@ unsigned CTavoWidgetStyle::getEnum(const QString& text, int* out)
 
 unsigned CTavoWidgetStyle::getEnumWithinRange(const QString& text, int from, int to, int* out)
 {
+    // Both ends count; the end past the last row is the whole table.
     from = qMax(0, from);
-    to = qMin(s_keywordCount, to);
+    to = qMin(s_keywordCount - 1, to);
     unsigned value = 0;
     for (const QString& token : splitBlanks(text)) {
-        for (int row = from; row < to; ++row) {
+        for (int row = from; row <= to; ++row) {
             if (token == QLatin1String(s_keywords[row].keyword)) {
                 value |= s_keywords[row].value;
                 if (out)
@@ -886,9 +887,11 @@ QBrush* CTavoWidgetStyle::parseBrush(const QString& text)
         brush = getLinearGradient(text);
     else if (text.startsWith(QLatin1String("radialgradient")))
         brush = getRadialGradient(text);
-    else if (text.startsWith(QLatin1String("url")))
-        brush = QBrush(); // a picture is no brush
-    else
+    else if (text.startsWith(QLatin1String("url"))) {
+        // A picture is no brush: it keeps the colour the text reads as, and paints nothing.
+        brush = QBrush(getColor(text));
+        brush.setStyle(Qt::NoBrush);
+    } else
         brush = QBrush(getColor(text));
     return StyleResourceContainer.registerBrush(text, brush);
 }

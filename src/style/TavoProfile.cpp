@@ -22,7 +22,11 @@ QString tavoGetDefaultConfigFile()
 
 QString tavoGetActiveProfile(bool keepSuffix)
 {
-    const QString file = tavoGetDefaultConfigFile();
+    return tavoReadActiveProfile(tavoGetDefaultConfigFile(), keepSuffix);
+}
+
+QString tavoReadActiveProfile(const QString& file, bool keepSuffix)
+{
     if (file.isEmpty())
         return QString();
     QSettings ini(file, QSettings::IniFormat);

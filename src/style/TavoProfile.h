@@ -7,3 +7,5 @@ QString tavoGetDefaultConfigFile();
 // "Active" of group "Profile" in that file; without keepSuffix the first of
 // "_sfb", "_opensip", "_bsft" found is removed.
 QString tavoGetActiveProfile(bool keepSuffix);
+// The same, from a given profile file; an empty path gives an empty profile.
+QString tavoReadActiveProfile(const QString& file, bool keepSuffix);

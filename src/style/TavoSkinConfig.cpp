@@ -5,9 +5,13 @@
 
 QString tavoGetSkinConfigFile()
 {
-    const QString profile = tavoGetActiveProfile(true);
-    guiLog(0, "Active profile: %s", profile.toUtf8().constData());
-    return QString::asprintf("Skins/%s.conf", profile.toUtf8().constData());
+    // Without a profile file there is no skin configuration to name.
+    const QString profileFile = tavoGetDefaultConfigFile();
+    QString path;
+    if (!profileFile.isEmpty())
+        path = QString::asprintf("Skins/%s.conf", tavoReadActiveProfile(profileFile, true).toUtf8().constData());
+    guiLog(0, "Active profile: %s", path.toUtf8().constData());
+    return path;
 }
 
 QString tavoGetDefaultSkinFile(const QString& applicationName)

@@ -2,7 +2,8 @@
 // Where the skin of an application is configured.
 #include <QString>
 
-// "Skins/<active profile>.conf", suffix kept; logs "Active profile: %s".
+// "Skins/<active profile>.conf", suffix kept, or empty without a profile file;
+// logs the path as the active profile.
 QString tavoGetSkinConfigFile();
 // "Skins/default/default.xml" for "zedagui", "Skins/default/default-<app>.xml" otherwise.
 QString tavoGetDefaultSkinFile(const QString& applicationName);

@@ -5,6 +5,7 @@
 #include "style/CTavoStyleSheetFile.h"
 #include "style/TavoProfile.h"
 #include "style/TavoSkinConfig.h"
+#include "StyleTestFiles.h"
 
 class TestSkinFile : public QObject
 {
@@ -13,37 +14,17 @@ class TestSkinFile : public QObject
 
     QString write(const QString& name, const QByteArray& content)
     {
-        const QString path = m_dir.filePath(name);
-        QFile f(path);
-        if (!f.open(QIODevice::WriteOnly))
-            return QString();
-        f.write(content);
-        return path;
+        return writeFile(m_dir.filePath(name), content) ? m_dir.filePath(name) : QString();
     }
 
 private slots:
-    void elementTypesByFirstLetters_data()
-    {
-        QTest::addColumn<QString>("element");
-        QTest::addColumn<int>("type");
-        QTest::newRow("Item") << "Item" << 1;
-        QTest::newRow("Ivy") << "Ivy" << 1;
-        QTest::newRow("Name") << "Name" << 2;
-        QTest::newRow("Attributes") << "Attributes" << 3;
-        QTest::newRow("Attr") << "Attr" << 3;
-        QTest::newRow("Aux") << "Aux" << 5;
-        QTest::newRow("A alone") << "A" << 5;
-        QTest::newRow("Style") << "Style" << 4;
-        QTest::newRow("Size") << "Size" << 4;
-        QTest::newRow("root") << "Skin" << 4;
-        QTest::newRow("lower case") << "item" << 0;
-        QTest::newRow("other") << "Root" << 0;
-    }
     void elementTypesByFirstLetters()
     {
-        QFETCH(QString, element);
-        QFETCH(int, type);
-        QCOMPARE(CTavoStyleSheetFile::getElementType(element.toLatin1().constData()), type);
+        // Only the first letters count: "Size" is a style, "Attr" attributes, "Aux" and "A" auxiliary.
+        const QList<QPair<const char*, int>> rows = {{"Item", 1}, {"Ivy", 1}, {"Name", 2}, {"Attributes", 3},
+            {"Attr", 3}, {"Aux", 5}, {"A", 5}, {"Style", 4}, {"Size", 4}, {"item", 0}, {"Root", 0}, {"", 0}};
+        for (const auto& row : rows)
+            QVERIFY2(CTavoStyleSheetFile::getElementType(row.first) == row.second, row.first);
     }
 
     void itemsWithSimplifiedStyleAndRawAttributes()
@@ -97,20 +78,26 @@ private slots:
 
     void profileSuffixesAndSkinConfigPath()
     {
-        const QString previous = QDir::currentPath();
-        QVERIFY(QDir::setCurrent(m_dir.path()));
         if (QFile::exists("/tmp/qt.conf") || QFile::exists("/usr/local/root/qt.conf"))
             QSKIP("a system qt.conf takes precedence on this machine");
+        const QString previous = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(m_dir.path()));
         QFile::remove("qt.conf");
         QCOMPARE(tavoGetDefaultConfigFile(), QString());
-        QCOMPARE(tavoGetActiveProfile(false), QString());
+        QCOMPARE(tavoGetActiveProfile(true), QString());
+        QCOMPARE(tavoGetSkinConfigFile(), QString()); // no profile file: no path
+        write("qt.conf", "[Other]\nActive=x\n");
         QCOMPARE(tavoGetSkinConfigFile(), QString("Skins/.conf"));
-        write("qt.conf", "[Profile]\nActive=demo_sfb\n");
-        QCOMPARE(tavoGetActiveProfile(false), QString("demo"));
-        QCOMPARE(tavoGetActiveProfile(true), QString("demo_sfb"));
-        QCOMPARE(tavoGetSkinConfigFile(), QString("Skins/demo_sfb.conf"));
-        write("qt.conf", "[Profile]\nActive=a_bsft_opensip\n");
-        QCOMPARE(tavoGetActiveProfile(false), QString("a_bsft")); // only the first listed suffix found goes
+        // Without keepSuffix only the first of "_sfb", "_opensip", "_bsft" found goes.
+        const QList<QPair<QString, QString>> rows = {{"demo_sfb", "demo"}, {"x_opensip", "x"}, {"y_bsft", "y"},
+            {"a_bsft_sfb", "a_bsft"}, {"a_bsft_opensip", "a_bsft"}, {"plain", "plain"}};
+        for (const auto& row : rows) {
+            write("qt.conf", "[Profile]\nActive=" + row.first.toUtf8() + "\n");
+            QCOMPARE(tavoGetDefaultConfigFile(), QString("qt.conf"));
+            QCOMPARE(tavoGetActiveProfile(false), row.second);
+            QCOMPARE(tavoGetActiveProfile(true), row.first);
+            QCOMPARE(tavoGetSkinConfigFile(), "Skins/" + row.first + ".conf");
+        }
         QFile::remove("qt.conf");
         QVERIFY(QDir::setCurrent(previous));
 

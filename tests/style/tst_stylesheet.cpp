@@ -35,51 +35,41 @@ private slots:
     void init() { CTavoWidgetStyle::resetScaling(); }
     void cleanup() { CTavoWidgetStyle::resetScaling(); }
 
-    void lookupOrderForNamedObjectInPseudoState_data()
+    void lookupOrder_data()
     {
         QTest::addColumn<QStringList>("selectors");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("pseudo");
         QTest::addColumn<QString>("expected");
         const QString full = "FancyThing#x:p", classPseudo = "FancyThing:p", named = "FancyThing#x",
                       cls = "FancyThing", base = "BaseThing", object = "QObject";
-        QTest::newRow("full key first") << QStringList{object, base, cls, named, classPseudo, full} << full;
-        QTest::newRow("class with pseudo") << QStringList{object, base, cls, named, classPseudo} << classPseudo;
-        QTest::newRow("named without pseudo") << QStringList{object, base, cls, named} << named;
-        QTest::newRow("class") << QStringList{object, base, cls} << cls;
-        QTest::newRow("superclass") << QStringList{object, base} << base;
-        QTest::newRow("QObject") << QStringList{object} << object;
-        QTest::newRow("pseudo of base class is not inherited") << QStringList{"BaseThing:p"} << "<none>";
-        QTest::newRow("other name is ignored") << QStringList{"FancyThing#y:p", "FancyThing#y"} << "<none>";
+        QTest::newRow("full key first") << QStringList{object, base, cls, named, classPseudo, full} << "x" << "p" << full;
+        QTest::newRow("class with pseudo") << QStringList{object, base, cls, named, classPseudo} << "x" << "p" << classPseudo;
+        QTest::newRow("named without pseudo") << QStringList{object, base, cls, named} << "x" << "p" << named;
+        QTest::newRow("class") << QStringList{object, base, cls} << "x" << "p" << cls;
+        QTest::newRow("superclass") << QStringList{object, base} << "x" << "p" << base;
+        QTest::newRow("QObject") << QStringList{object} << "x" << "p" << object;
+        QTest::newRow("pseudo of base class is not inherited") << QStringList{"BaseThing:p"} << "x" << "p" << "<none>";
+        QTest::newRow("other name is ignored") << QStringList{"FancyThing#y:p", "FancyThing#y"} << "x" << "p" << "<none>";
+        const QStringList unnamed{cls, "FancyThing:pressed", "FancyThing#:pressed"};
+        QTest::newRow("unnamed in pseudo") << unnamed << "" << "pressed" << "FancyThing:pressed";
+        QTest::newRow("unnamed plain") << unnamed << "" << "" << cls;
+        QTest::newRow("unnamed, unknown pseudo") << unnamed << "" << "focused" << cls;
+        // The name "ss" also occurs inside the pseudo state, and goes from there too.
+        QTest::newRow("name removed everywhere") << QStringList{"FancyThing:prestate", "FancyThing:pressstate"} << "ss"
+                                                 << "pressstate" << "FancyThing:prestate";
     }
-    void lookupOrderForNamedObjectInPseudoState()
+    void lookupOrder()
     {
         QFETCH(QStringList, selectors);
-        QFETCH(QString, expected);
+        QFETCH(QString, name);
+        QFETCH(QString, pseudo);
         CTavoStyleSheet sheet;
         sheet.set(markedSheet(selectors).constData(), "");
         FancyThing thing;
-        thing.setObjectName("x");
-        QCOMPARE(tagOf(sheet.get(&thing, "p")), expected);
-    }
-
-    void unnamedObjectUsesClassAndPseudo()
-    {
-        CTavoStyleSheet sheet;
-        sheet.set(markedSheet({"FancyThing", "FancyThing:pressed", "FancyThing#:pressed"}).constData(), "");
-        FancyThing thing;
-        QCOMPARE(tagOf(sheet.get(&thing, "pressed")), QString("FancyThing:pressed"));
-        QCOMPARE(tagOf(sheet.get(&thing, QString())), QString("FancyThing"));
-        QCOMPARE(tagOf(sheet.get(&thing, "focused")), QString("FancyThing"));
-        QVERIFY(!sheet.get(static_cast<QObject*>(nullptr), "pressed"));
-    }
-
-    void fallbackRemovesObjectNameEverywhereInKey()
-    {
-        // The name "ss" also occurs inside the pseudo state "pressstate".
-        CTavoStyleSheet sheet;
-        sheet.set(markedSheet({"FancyThing:prestate", "FancyThing:pressstate"}).constData(), "");
-        FancyThing thing;
-        thing.setObjectName("ss");
-        QCOMPARE(tagOf(sheet.get(&thing, "pressstate")), QString("FancyThing:prestate"));
+        thing.setObjectName(name);
+        QTEST(tagOf(sheet.get(&thing, pseudo)), "expected");
+        QVERIFY(!sheet.get(static_cast<QObject*>(nullptr), pseudo));
     }
 
     void exactAndMetaObjectLookups()
@@ -113,20 +103,20 @@ private slots:
         sheet.set("A { color: red; } A { font: 12px; } B { color: red; } B { color: null; }"
                   "C { color: blue; } C { color: green; }",
                   "");
-        CTavoWidgetStyle* a = sheet.get("A");
-        QVERIFY(a);
-        QCOMPARE(a->Color("color"), QColor(Qt::red));
-        QCOMPARE(a->Font("font").pixelSize(), 12);
+        QCOMPARE(sheet.get("A")->Color("color"), QColor(Qt::red));
+        QCOMPARE(sheet.get("A")->Font("font").pixelSize(), 12);
         QCOMPARE(sheet.get("B")->Color("color"), QColor(Qt::red));
         QCOMPARE(sheet.get("C")->Color("color"), QColor("green"));
     }
 
     void malformedPiecesAreSkipped()
     {
+        // A piece without "{" goes; one that begins with "{" takes its first text as selector.
         CTavoStyleSheet sheet;
-        sheet.set("junk without braces } { orphan: 1; } A { x: 1; nocolon; : 2; y : 3 ; } B { z: 4", "");
-        QCOMPARE(sheet.styles().keys(), (QList<QString>{"A", "B"}));
-        QCOMPARE(sheet.get("A")->String("x"), QString("1"));
+        sheet.set("{bare: 1; } junk } { orphan: 1; } A { x: 1; nocolon; : 2; y : 3 ; } B { z: 4", "");
+        QCOMPARE(sheet.styles().keys(), (QList<QString>{"", "A", "B", "bare: 1;"}));
+        QCOMPARE(sheet.get("")->String("orphan"), QString("1"));
+        QVERIFY(!sheet.get("bare: 1;")->isValid());
         QCOMPARE(sheet.get("A")->String("y"), QString("3"));
         QCOMPARE(sheet.get("A")->properties().size(), 3); // x, "" and y
         QCOMPARE(sheet.get("B")->String("z"), QString("4")); // last block needs no "}"
