@@ -43,8 +43,9 @@ QString CTavoVarList::serialize() const
 {
     QString out;
     for (auto it = m_pairs.constBegin(); it != m_pairs.constEnd(); ++it) {
+        // Documents always join pairs with ";", whatever separator was read.
         if (it != m_pairs.constBegin())
-            out += m_separator;
+            out += QLatin1Char(';');
         out += it.key() + QLatin1Char('=') + CTXMLDataConverter::encodeEntities(it.value());
     }
     return out;

@@ -1,6 +1,7 @@
 #pragma once
-// Pairs in the document language's syntax: "name=value" joined by a separator
-// (";" unless told otherwise), values entity-encoded.
+// Pairs in the document language's syntax: "name=value" joined by ";", values
+// entity-encoded. Reading may split at another separator (style arguments use
+// ","); serialising always writes the document form.
 #include <QMap>
 #include <QString>
 

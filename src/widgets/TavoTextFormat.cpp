@@ -230,15 +230,10 @@ void utilPaintText(QPainter* painter, const QRect& rect, int flags, const QStrin
 {
     if (!painter)
         return;
-    const QFont oldFont = painter->font();
-    const QPen oldPen = painter->pen();
-    // Measure with the font the text is drawn in.
-    painter->setFont(font);
+    // Measured with the painter's font: callers set it to the one they draw in.
     QFontMetrics metrics = painter->fontMetrics();
     QTextLayout layout(QString(), font);
     formatText(&metrics, &layout, text, rect.width(), rect.height(), flags);
     painter->setPen(pen);
     paintTextLayout(&layout, painter, rect.x(), rect.y(), rect.width(), rect.height());
-    painter->setPen(oldPen);
-    painter->setFont(oldFont);
 }

@@ -40,6 +40,7 @@ void paintTextLayoutTop(QTextLayout* layout, QPainter* painter, int x, int y, in
 void paintTextLayoutWithClipping(QTextLayout* layout, QPainter* painter, int x, int y, int w,
                                  int h, const QRect& clip);
 
-// One-off text: formats `text` into `rect` with `font` and paints it with `pen`.
+// One-off text: formats `text` into `rect`, measured with the painter's font,
+// lays it out in `font` and paints it with `pen`, which stays set.
 void utilPaintText(QPainter* painter, const QRect& rect, int flags, const QString& text,
                    const QPen& pen, const QFont& font);

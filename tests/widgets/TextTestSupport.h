@@ -19,42 +19,31 @@
 
 namespace TextTest {
 
-inline QString loadFamily(const char* path)
-{
-    const int id = QFontDatabase::addApplicationFont(QString::fromLatin1(path));
-    return id < 0 ? QString() : QFontDatabase::applicationFontFamilies(id).value(0);
-}
-
 // DejaVu Sans: Latin, Hebrew and Arabic in one file.
 inline QFont dejaVu(int pixelSize)
 {
-    static const QString family = loadFamily("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf");
-    QFont font(family);
+    static const int id = QFontDatabase::addApplicationFont("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf");
+    QFont font(id < 0 ? QString() : QFontDatabase::applicationFontFamilies(id).value(0));
     font.setPixelSize(pixelSize);
     font.setStyleStrategy(QFont::NoFontMerging);
     return font;
 }
 
-// Pixels of `image` within `area` whose colour differs from `background`.
-inline int inked(const QImage& image, const QRect& area, QRgb background)
+// Pixels of `image` within `area` whose colour differs from `background`, and their bounding box.
+inline int inked(const QImage& image, const QRect& area, QRgb background, QRect* box = nullptr)
 {
     int count = 0;
     const QRect r = area.intersected(image.rect());
     for (int y = r.top(); y <= r.bottom(); ++y)
         for (int x = r.left(); x <= r.right(); ++x)
-            if (image.pixel(x, y) != background)
-                ++count;
+            if (image.pixel(x, y) != background && ++count && box)
+                *box |= QRect(x, y, 1, 1);
     return count;
 }
-
-// Bounding box of the pixels that differ from `background`.
 inline QRect inkBox(const QImage& image, QRgb background)
 {
     QRect box;
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x)
-            if (image.pixel(x, y) != background)
-                box |= QRect(x, y, 1, 1);
+    inked(image, image.rect(), background, &box);
     return box;
 }
 

@@ -22,7 +22,11 @@ class TestSampleSkin : public QObject
     QString m_oldCwd;
     CTavoStyleSheetFile m_file;
 
-    static QByteArray latin1(const QString& text) { return text.toLatin1(); }
+    // The style sheet of one item of the skin file.
+    void load(CTavoStyleSheet& sheet, const char* item)
+    {
+        sheet.set(m_file.getStyle(item).toLatin1().constData(), m_file.getAttributes(item).toLatin1().constData());
+    }
 
 private slots:
     void initTestCase()
@@ -43,9 +47,8 @@ private slots:
     {
         QVERIFY(m_file.get("manager"));
         CTavoStyleSheet sheet;
-        sheet.set(latin1(m_file.getStyle("manager")).constData(), latin1(m_file.getAttributes("manager")).constData());
-        QCOMPARE(sheet.getAttribute("design-x"), QString("800"));
-        QCOMPARE(sheet.getAttribute("design-y"), QString("480"));
+        load(sheet, "manager");
+        QCOMPARE(sheet.getAttribute("design-x") + "x" + sheet.getAttribute("design-y"), QString("800x480"));
         CTavoWidgetStyle* manager = sheet.get("CTavoLayoutMgr");
         QVERIFY(manager && manager->isValid());
         QCOMPARE(manager->Size("size"), QSize(800, 480));
@@ -64,32 +67,22 @@ private slots:
         QVERIFY(!manager->Image("booting-spinner-image").isNull());
     }
 
-    void homeButtonsAreLaidOutFromTheSkin()
+    void homeTilesAreLaidOutWithIconLabelAndLooks()
     {
         CTavoStyleSheet sheet;
-        sheet.set(latin1(m_file.getStyle("home")).constData(), latin1(m_file.getAttributes("home")).constData());
-        const char* names[] = {"Messages", "Contacts", "CallHistory", "Settings"};
+        load(sheet, "home");
+        QVERIFY(sheet.get("CTavoLabelWidget#title") && sheet.get("CTavoParagraph#intro"));
         int previousRight = -1;
-        for (const char* name : names) {
+        for (const char* name : {"Messages", "Contacts", "CallHistory", "Settings"}) {
             CTavoButton button;
             button.setObjectName(name);
             button.setStyleSheet(&sheet, true);
             QCOMPARE(button.size(), QSize(148, 124));
             QVERIFY2(button.left() > previousRight, name);
             previousRight = button.right();
-            QVERIFY(button.backgroundBrush());
-            QVERIFY(!button.pressedImage().isNull());
-            QVERIFY(button.pressAnimation());
+            QVERIFY(button.backgroundBrush() && !button.pressedImage().isNull() && button.pressAnimation());
             QCOMPARE(button.renderQuality(), 1);
         }
-        QVERIFY(sheet.get("CTavoLabelWidget#title"));
-        QVERIFY(sheet.get("CTavoParagraph#intro"));
-    }
-
-    void tilesShowIconLabelAndFocusedLooks()
-    {
-        CTavoStyleSheet sheet;
-        sheet.set(latin1(m_file.getStyle("home")).constData(), latin1(m_file.getAttributes("home")).constData());
         iconRepository.setIconPath(QString());
         iconRepository.clear();
         CTavoButton tile;
@@ -100,18 +93,15 @@ private slots:
                      CTavoIconDefinition(QString(), "3", 5), "", 1);
         tile.init(&settings);
         QCOMPARE(tile.rect(), QRect(66, 176, 148, 124));
-        QVERIFY(!tile.focusedImage().isNull());
-        QVERIFY(!tile.focusedPressedImage().isNull());
-        QVERIFY(tile.focusedImage() != tile.pressedImage());
+        QVERIFY(!tile.focusedPressedImage().isNull() && !tile.focusedImage().isNull()
+                && tile.focusedImage() != tile.pressedImage());
         // The icon stands centred 14 pixels below the top; its count badge beside it.
         QCOMPARE(tile.icon()->pos(), QPoint(66 + 46, 176 + 14));
         QCOMPARE(tile.icon()->iconRect().size(), QSize(56, 56));
-        QCOMPARE(tile.icon()->label()->text(), QString("3"));
-        QVERIFY(tile.icon()->label()->isVisible());
+        QVERIFY(tile.icon()->label()->isVisible() && tile.icon()->label()->text() == "3");
         QCOMPARE(tile.icon()->label()->rect().size(), QSize(24, 24));
         // The label fills the content and sits at its bottom.
-        QVERIFY(tile.labelWidget()->isVisible());
-        QVERIFY(QRect(66, 176, 148, 124).contains(tile.labelWidget()->rect()));
+        QVERIFY(tile.labelWidget()->isVisible() && tile.rect().contains(tile.labelWidget()->rect()));
         QCOMPARE(tile.labelWidget()->pen().color(), QColor("#ffffff"));
         // Urgent tiles take their own block and keep their place.
         tile.setPriority(ItemPriorityUrgent);
@@ -121,40 +111,30 @@ private slots:
         iconRepository.clear();
     }
 
-    void softkeysHavePressedFocusedAndUrgentLooks()
+    void softkeysHaveTheirLooksAndSpanTheBottom()
     {
         CTavoStyleSheet sheet;
-        sheet.set(latin1(m_file.getStyle("softkeys")).constData(), latin1(m_file.getAttributes("softkeys")).constData());
+        load(sheet, "softkeys");
         for (const char* selector : {"CTavoButton", "CTavoButton#softkey-1", "CTavoButton:urgent"}) {
             CTavoWidgetStyle* block = sheet.get(selector);
-            QVERIFY2(block, selector);
-            QVERIFY2(!block->Image("background-pressed-image").isNull(), selector);
-            QVERIFY2(block->BrushPtr("background-focused"), selector);
+            QVERIFY2(block && !block->Image("background-pressed-image").isNull()
+                         && block->BrushPtr("background-focused"), selector);
         }
-        CTavoVarWidthButton button;
-        button.setStyleSheet(&sheet, true);
-        button.setText("Paste");
-        QVERIFY(button.width() > 24);
-        QCOMPARE(button.height(), 40);
-    }
-
-    void softkeyRowSpansTheBottom()
-    {
-        CTavoStyleSheet sheet;
-        sheet.set(latin1(m_file.getStyle("softkeys")).constData(), latin1(m_file.getAttributes("softkeys")).constData());
         CTavoWidgetStyle* surface = sheet.get("CTavoLayoutWidget");
-        QVERIFY(surface);
-        QCOMPARE(surface->Location("location"), QPoint(0, 416));
+        QVERIFY(surface && surface->Location("location") == QPoint(0, 416));
         int right = 0;
         for (int i = 1; i <= 4; ++i) {
             CTavoButton key;
             key.setObjectName(QString("softkey-%1").arg(i));
             key.setStyleSheet(&sheet, true);
-            QVERIFY(key.left() >= right);
+            QVERIFY(key.left() >= right && key.backgroundBrush());
             right = key.right();
-            QVERIFY(key.backgroundBrush());
         }
         QVERIFY(right < 800);
+        CTavoVarWidthButton button;
+        button.setStyleSheet(&sheet, true);
+        button.setText("Paste");
+        QVERIFY(button.width() > 24 && button.height() == 40);
     }
 
     void demoIconsAreFilesAndOthersFallBack()
