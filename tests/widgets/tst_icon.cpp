@@ -104,9 +104,8 @@ private slots:
         QFETCH(QSize, shown);
         CTavoIcon icon(nullptr, 10, 20);
         icon.init(icons(kMessages), limit, 0, restriction);
-        QVERIFY(icon.isInitialized());
+        QVERIFY(icon.isInitialized() && icon.isShowingIcon(kMessages));
         QCOMPARE(icon.displayMode(), int(CTavoIcon::IconOnly));
-        QVERIFY(icon.isShowingIcon(kMessages));
         QCOMPARE(icon.rect(), QRect(QPoint(10, 20), shown));
         QCOMPARE(icon.actualIconWidth(), shown.width());
         const QImage image = render(icon);
@@ -131,6 +130,10 @@ private slots:
         QTest::newRow("overlapped") << "layout-direction: left-to-right; overlapped-pixels: 5;" << -1 << three
                                     << QSize(60, 10)
                                     << QList<QRect>{{0, 0, 15, 10}, {15, 0, 15, 10}, {30, 0, 20, 10}};
+        // Three icons share 30 pixels: 10 wide each, the shape kept, centred in the area's height.
+        QTest::newRow("maximum area") << "layout-direction: left-to-right; maximum-icon-area-size: 30x30;" << -1
+                                      << three << QSize(30, 30)
+                                      << QList<QRect>{{0, 12, 10, 5}, {10, 12, 10, 5}, {20, 12, 10, 5}};
         QTest::newRow("top to bottom") << "layout-direction: top-to-bottom; layout-type: vertical;" << kMessages
                                        << QList<int>{kAlerts} << QSize(20, 20)
                                        << QList<QRect>{{0, 0, 20, 10}, {0, 10, 20, 10}, QRect()};
@@ -156,17 +159,6 @@ private slots:
         }
     }
 
-    void aRowFitsTheMaximumArea()
-    {
-        useStyle("CTavoIcon { layout-direction: left-to-right; maximum-icon-area-size: 30x30; }");
-        CTavoIcon row;
-        row.setStyleSheet(&m_sheet, true);
-        row.init(icons(-1, {kMessages, kAlerts, kFeatures}), QSize(-1, -1), 0);
-        // Three icons share 30 pixels: 10 wide each, the shape kept.
-        QCOMPARE(row.iconSizes(), (QVector<QSize>{QSize(10, 5), QSize(10, 5), QSize(10, 5)}));
-        QCOMPARE(row.iconRect().size(), QSize(30, 30));
-    }
-
     void theLabelDecidesTheMode()
     {
         CTavoIcon icon;
@@ -177,9 +169,9 @@ private slots:
         // Beside the icon: the icon moves right by a quarter of the label.
         QCOMPARE(icon.iconRect().left(), icon.left() + icon.label()->width() / 4);
         QCOMPARE(icon.width(), icon.label()->width() + 20 + 2);
-        icon.init(icons(kMessages, {}, "Anna"), QSize(-1, -1), 1);
+        icon.init(icons(kMessages, {}, "2 Anna"), QSize(-1, -1), 1);
         QCOMPARE(icon.displayMode(), int(CTavoIcon::IconAndTextLabel));
-        QCOMPARE(icon.label()->text(), QString("Anna"));
+        QCOMPARE(icon.label()->text(), QString("2 Anna"));
         icon.init(icons(-1, {}, "Anna"), QSize(-1, -1), 0);
         QCOMPARE(icon.displayMode(), int(CTavoIcon::LabelOnly));
 
@@ -193,8 +185,7 @@ private slots:
         CTavoIcon none(nullptr, 5, 5, 30, 30);
         none.init(icons(TAVO_ICON_COUNT), QSize(-1, -1), 0);
         QCOMPARE(none.displayMode(), int(CTavoIcon::ShowNothing));
-        QVERIFY(!none.isInitialized());
-        QVERIFY(!none.isVisible());
+        QVERIFY(!none.isInitialized() && !none.isVisible());
         QCOMPARE(none.rect().size(), QSize(0, 0));
         none.init(icons(-7, {}, QString(), 100000), QSize(-1, -1), 0);
         QCOMPARE(countColour(render(none), QRect(0, 0, 200, 100), kWhite), 200 * 100);
@@ -293,10 +284,8 @@ private slots:
         QVERIFY(icon.handleEvent(QEvent::MouseButtonRelease, QPoint()));
         QVERIFY(spy.isEmpty());
         QCOMPARE(s_sounds, 0);
-        QVERIFY(icon.handleEvent(QEvent::MouseButtonPress, QPoint()));
-        QVERIFY(icon.isDown());
-        QVERIFY(icon.handleEvent(QEvent::KeyRelease, QPoint()));
-        QVERIFY(!icon.isDown());
+        QVERIFY(icon.handleEvent(QEvent::MouseButtonPress, QPoint()) && icon.isDown());
+        QVERIFY(icon.handleEvent(QEvent::KeyRelease, QPoint()) && !icon.isDown());
         QCOMPARE(spy, (QList<Event>{{"icon:5", "pressed"}, {"icon:5", "released"}}));
         QCOMPARE(s_sounds, 1);
         QVERIFY(!icon.handleEvent(QEvent::MouseMove, QPoint()));
@@ -330,8 +319,7 @@ private slots:
         label.set(0, 0);
         QVERIFY(!label.isVisible());
         label.set(0, QString());
-        QVERIFY(!label.isVisible());
-        QVERIFY(label.text().isEmpty());
+        QVERIFY(!label.isVisible() && label.text().isEmpty());
     }
 
     void imageWidgetDecodesJpegAndFallsBack()
