@@ -21,12 +21,6 @@ struct LabelPenAccess : CTavoLabelWidget
     static void setDisabledPen(CTavoLabelWidget* label, const QPen& pen) { label->*(&LabelPenAccess::m_disabledPen) = pen; }
 };
 
-void playClickSound()
-{
-    if (s_clickSound)
-        s_clickSound();
-}
-
 const unsigned kWrapBits = TavoTextNoWrap | TavoTextWordWrap | TavoTextAnywhere;
 
 } // namespace
@@ -34,6 +28,12 @@ const unsigned kWrapBits = TavoTextNoWrap | TavoTextWordWrap | TavoTextAnywhere;
 void CTavoButton::setClickSound(ClickSoundFn sound)
 {
     s_clickSound = sound;
+}
+
+void CTavoButton::playClickSound()
+{
+    if (s_clickSound)
+        s_clickSound();
 }
 
 CTavoButton::CTavoButton(QWidget* parent)
@@ -103,8 +103,9 @@ void CTavoButton::setPriority(ItemPriorityT priority)
 {
     if (priority == m_priority)
         return;
+    // The record stays as the document gave it, so that isNewDefinition still
+    // compares against the document and not against a priority set since.
     m_priority = priority;
-    m_settings.m_priority = priority;
     layout();
     update();
 }
@@ -112,7 +113,6 @@ void CTavoButton::setPriority(ItemPriorityT priority)
 void CTavoButton::changePriority(ItemPriorityT priority)
 {
     m_priority = priority;
-    m_settings.m_priority = priority;
     layout();
 }
 
@@ -386,8 +386,6 @@ void CTavoButton::alignIcon()
 
 void CTavoButton::setFocused(bool focused)
 {
-    if (bool(m_focused) == focused)
-        return;
     m_labelWidget->setFocused(focused);
     CTavoWidget::setFocused(focused);
     // The focused look may bring another form of the icon.

@@ -68,9 +68,10 @@ public:
     const CTavoImage& altFocusedImage() const { return m_altFocusedImage; }
     const CTavoImage& disabledBackgroundImage() const { return m_disabledBackgroundImage; }
 
-    // The platform's click sound; none by default.
+    // The platform's click sound; none by default. Icons play it too.
     typedef void (*ClickSoundFn)();
     static void setClickSound(ClickSoundFn sound);
+    static void playClickSound();
 
     virtual QString text() const;
     virtual void onHoldTimeout();

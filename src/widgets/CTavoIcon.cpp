@@ -8,6 +8,7 @@
 #include "style/CIconResource.h"
 #include "style/CTavoIconRepository.h"
 #include "style/CTavoWidgetStyle.h"
+#include "widgets/CTavoButton.h"
 #include "widgets/CTavoIconLabel.h"
 
 namespace {
@@ -215,7 +216,8 @@ void CTavoIcon::postProcess()
     if (!m_initialized)
         size = QSize(0, 0);
     setSize(size, false);
-    placeElements();
+    // The label's size may have changed with the text.
+    placeElements(true);
 }
 
 QSize CTavoIcon::initializeIconData(int number, bool pressed)
@@ -310,25 +312,24 @@ void CTavoIcon::layout()
         }
     }
     m_label->layout();
-    placeElements();
+    placeElements(false);
 }
 
-void CTavoIcon::placeElements()
+void CTavoIcon::placeElements(bool moved)
 {
     const bool placedLabel = m_labelLocation != QPoint(0, 0) && m_labelSize.width() > 0 && m_labelSize.height() > 0;
     if (m_displayMode == IconAndLabel || m_displayMode == IconAndTextLabel) {
-        if (m_labelOffset != 0) {
+        // Offset and location apply once the owner has placed the icon.
+        if (moved && m_labelOffset != 0) {
             m_label->move(x() - m_labelOffset, y() - m_labelOffset);
-            m_iconRect.moveTopLeft(topLeft());
-        } else if (placedLabel) {
+        } else if (moved && placedLabel) {
             m_label->setSize(m_labelSize, false);
             m_label->move(x() + m_labelLocation.x(), y() + m_labelLocation.y());
-            m_iconRect.moveTopLeft(topLeft());
         } else {
-            // The label overlaps the left quarter of the icon.
             m_label->move(x(), y());
-            m_iconRect.moveTopLeft(topLeft() + QPoint(m_label->width() / 4, 0));
         }
+        // Without a place of its own the label overlaps the left quarter of the icon.
+        m_iconRect.moveTopLeft(placedLabel ? topLeft() : topLeft() + QPoint(m_label->width() / 4, 0));
     } else if (m_displayMode == LabelOnly) {
         m_label->move(x(), y());
         m_iconRect.moveTopLeft(topLeft());
@@ -340,7 +341,7 @@ void CTavoIcon::placeElements()
 void CTavoIcon::move(int x, int y)
 {
     CTavoWidget::move(x, y);
-    placeElements();
+    placeElements(true);
 }
 
 void CTavoIcon::reloadInto(bool inverted)
@@ -405,6 +406,7 @@ bool CTavoIcon::handleEvent(QEvent::Type type, QPoint)
     case QEvent::MouseButtonRelease:
     case QEvent::KeyRelease:
         if (m_down) {
+            CTavoButton::playClickSound();
             setDown(false);
             emit clicked(url, QStringLiteral("released"));
             update();

@@ -84,8 +84,9 @@ private:
     // Numbers that a row shows: the primary if valid, then the further numbers.
     QList<int> shownNumbers() const;
     bool holdsIcon() const;
-    // Label and icon rectangle relative to the widget's corner.
-    void placeElements();
+    // Label and icon rectangle relative to the widget's corner; moved: as the
+    // owner placed it, with the label's offset or location applied.
+    void placeElements(bool moved);
     void reloadInto(bool inverted);
 
     QString m_previousState;

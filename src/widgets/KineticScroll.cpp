@@ -433,19 +433,19 @@ void KineticScroll::tick()
     if (next != wanted)
         p->speed = QPoint(0, 0);  // the end of the spring range kills the motion
 
-    // Land exactly on the target.
-    if (p->targetOffset != NoTargetOffset) {
-        const QPoint& t = p->targetOffset;
-        if (p->speed.x() != 0 && t.x() >= qMin(p->offset.x(), next.x()) &&
-            t.x() <= qMax(p->offset.x(), next.x())) {
-            next.setX(t.x());
-            p->speed.setX(0);
-        }
-        if (p->speed.y() != 0 && t.y() >= qMin(p->offset.y(), next.y()) &&
-            t.y() <= qMax(p->offset.y(), next.y())) {
-            next.setY(t.y());
-            p->speed.setY(0);
-        }
+    // Land exactly on the target. Without a target its components are -1:
+    // coasting across -1 on an axis stops there, a pixel short of the
+    // start, and the frame after springs back to 0.
+    const QPoint& t = p->targetOffset;
+    if (p->speed.x() != 0 && t.x() >= qMin(p->offset.x(), next.x()) &&
+        t.x() <= qMax(p->offset.x(), next.x())) {
+        next.setX(t.x());
+        p->speed.setX(0);
+    }
+    if (p->speed.y() != 0 && t.y() >= qMin(p->offset.y(), next.y()) &&
+        t.y() <= qMax(p->offset.y(), next.y())) {
+        next.setY(t.y());
+        p->speed.setY(0);
     }
 
     // An overshoot ends the moment it comes back into range.
