@@ -354,7 +354,7 @@ void CTavoLayoutMgr::paintEvent(QPaintEvent* event)
                                                  spinner.width(), spinner.height()));
             painter.restore();
             painter.setPen(Qt::white);
-            painter.setFont(QFont(QStringLiteral("Droid"), 18, 75));
+            painter.setFont(m_bootingFont);
             painter.drawText(QRect(0, top - 200, width(), 49), Qt::AlignCenter, m_bootingText);
         }
         return;
