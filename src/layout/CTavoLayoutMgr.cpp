@@ -14,6 +14,7 @@
 #include <QLibraryInfo>
 #include <QPaintEvent>
 #include <QPainter>
+#include <QPointer>
 #include <QPropertyAnimation>
 #include <QScreen>
 #include <QSettings>
@@ -77,7 +78,8 @@ CTavoLayoutMgr::CTavoLayoutMgr(QWidget* parent, Qt::WindowFlags flags, bool noCo
     connect(this, &CTavoLayoutMgr::shutDown, this, &CTavoLayoutMgr::handleShutdown);
     m_shutdownTimer.setSingleShot(true);
     m_shutdownTimer.setInterval(20000);
-    connect(&m_shutdownTimer, &QTimer::timeout, this, [this] { handleShutdown(0); });
+    // The slot itself, with its default code 0, so that a host's override ends the loop.
+    connect(&m_shutdownTimer, SIGNAL(timeout()), this, SLOT(handleShutdown()));
 
     if (QCoreApplication::instance()) {
         QCoreApplication::installTranslator(&m_translator);
@@ -352,7 +354,7 @@ void CTavoLayoutMgr::paintEvent(QPaintEvent* event)
                                                  spinner.width(), spinner.height()));
             painter.restore();
             painter.setPen(Qt::white);
-            painter.setFont(QFont(QStringLiteral("Droid"), 18, 75));
+            painter.setFont(m_bootingFont);
             painter.drawText(QRect(0, top - 200, width(), 49), Qt::AlignCenter, m_bootingText);
         }
         return;
@@ -564,11 +566,11 @@ void CTavoLayoutMgr::handleUpdateTextEvent()
 
     QClipboard* clipboard = QGuiApplication::clipboard();
     if (QApplication::focusWidget() && clipboard) {
-        bool wasReadOnly = false;
-        if (auto* edit = qobject_cast<QLineEdit*>(QApplication::focusWidget())) {
-            wasReadOnly = edit->isReadOnly();
+        // The field that had the focus gets its state back, wherever the focus went.
+        QPointer<QLineEdit> edit = qobject_cast<QLineEdit*>(QApplication::focusWidget());
+        const bool wasReadOnly = edit && edit->isReadOnly();
+        if (edit)
             edit->setReadOnly(false);
-        }
         auto sendKey = [](QEvent::Type type, int key, Qt::KeyboardModifiers mods, const QString& t) {
             if (QWidget* focus = QApplication::focusWidget()) {
                 QKeyEvent event(type, key, mods, t);
@@ -601,8 +603,8 @@ void CTavoLayoutMgr::handleUpdateTextEvent()
         clipboard->setText(text);
         paste();
         clipboard->clear();
-        if (auto* edit = qobject_cast<QLineEdit*>(QApplication::focusWidget()))
-            edit->setReadOnly(wasReadOnly || edit->isReadOnly());
+        if (edit)
+            edit->setReadOnly(wasReadOnly);
     }
     guiLog(2, "[CTavoLayoutMgr::handleUpdateTextEvent] Has Been Executed");
 }

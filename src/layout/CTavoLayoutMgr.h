@@ -6,6 +6,7 @@
 // of its screens in an override of handleTXmlMsg.
 #include <QByteArray>
 #include <QDomDocument>
+#include <QFont>
 #include <QHash>
 #include <QList>
 #include <QMap>
@@ -255,6 +256,8 @@ protected:
     qreal m_spinnerAngle = 0;
     int m_spinnerTicks = 0;
     QString m_bootingText;
+    // Built once, so that a frame of the boot screen allocates nothing.
+    QFont m_bootingFont = QFont(QStringLiteral("Droid"), 18, 75);
     int m_JapaneseNewFontId = -1;
     int m_JapaneseOldFontId = -1;
 

@@ -344,7 +344,8 @@ bool CTavoLayoutWidget::handleMousePressForButton(QMouseEvent* event, CTavoButto
     button->handleEvent(event->type(), event->pos());
     if (m_pressedButton && m_pressedButton != button)
         m_pressedButton->setDown(false);
-    if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick)
+    // A double click arrives here too; it leaves the stored button alone.
+    if (event->type() == QEvent::MouseButtonPress)
         m_pressedButton = button;
     else if (event->type() == QEvent::MouseButtonRelease)
         m_pressedButton = nullptr;

@@ -46,8 +46,6 @@ public:
     virtual bool isOnTopAt(CTavoWidget* child, const QPoint& point) const;
     virtual void report(QList<QObject*>& done, QDomNode& parent);
     virtual CTavoSoftkey* getSoftkey();
-    virtual void layout();
-    virtual void refreshDom();
 
     QAbstractAnimation* getAnimation(const char* name) const;
     void setPseudoState(const QString& state);
@@ -92,6 +90,13 @@ public slots:
     virtual void beginPaneAnimation();
     virtual void endPaneAnimation();
     virtual void paneDragCancelled();
+
+public:
+    // Declared after the slots above so that the virtual table keeps its order.
+    virtual void layout();
+    virtual void refreshDom();
+
+public slots:
     void hide();
     void onButtonHoldTimeout();
     void onAnimationStateChanged(QAbstractAnimation::State newState, QAbstractAnimation::State oldState);

@@ -21,8 +21,13 @@ class Host : public CTavoLayoutMgr
 {
 public:
     Host() : CTavoLayoutMgr(nullptr, Qt::WindowFlags(), true) {}
-    using CTavoLayoutMgr::setManagerStyle;
     int paints = 0;
+    // The skin is applied from a file written by the test.
+    void apply(const QString& file, bool announce = false)
+    {
+        QString path = file;
+        setManagerStyle(path, announce);
+    }
 
 protected:
     void paintEvent(QPaintEvent* event) override
@@ -34,8 +39,12 @@ protected:
 
 const QRgb kRed = qRgb(255, 0, 0);
 const QRgb kGreen = qRgb(0, 255, 0);
+const QRgb kBlue = qRgb(0, 0, 255);
+const QRgb kYellow = qRgb(255, 255, 0);
+const QRgb kBlack = qRgb(0, 0, 0);
+const QRgb kUntouched = qRgba(1, 2, 3, 255);
 
-QImage render(QWidget& widget, QRgb fill = qRgba(1, 2, 3, 255))
+QImage render(QWidget& widget, QRgb fill = kUntouched)
 {
     QImage image(widget.size(), QImage::Format_ARGB32);
     image.fill(fill);
@@ -50,51 +59,50 @@ class TestManagerStyle : public QObject
     Q_OBJECT
 
     QTemporaryDir m_dir;
+    int m_skins = 0;
 
     QString path(const QString& name) const { return m_dir.filePath(name); }
 
-    QString writeSkin(const QString& name, const QByteArray& managerStyle, bool withManager = true)
+    // A skin file of its own for each call; pictures are named by "@name".
+    QString skin(QByteArray managerStyle, bool withManager = true)
     {
+        managerStyle.replace("@", "url(" + m_dir.path().toLatin1() + "/");
+        managerStyle.replace(".png", ".png)");
         QByteArray xml = "<Skin>\n";
         if (withManager) {
             xml += "<Item><Name>manager</Name><Attributes>design-x=800;design-y=480;max-x=800;max-y=480"
                    "</Attributes><Style>CTavoLayoutMgr { " + managerStyle + " }</Style></Item>\n";
         }
         xml += "<Item><Name>home</Name><Style>CTavoLayoutWidget { size: 10x10; }</Style></Item>\n</Skin>\n";
-        QFile file(path(name));
-        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        QFile file(path(QStringLiteral("skin%1.xml").arg(++m_skins)));
+        if (!file.open(QIODevice::WriteOnly))
             return QString();
         file.write(xml);
         return file.fileName();
     }
 
-    QString url(const QString& file) const { return QStringLiteral("url(%1)").arg(path(file)); }
+    static void picture(const QString& file, QSize size, QRgb fill, QRgb leftHalf = 0)
+    {
+        QImage image(size, QImage::Format_ARGB32);
+        image.fill(fill);
+        if (leftHalf) {
+            QPainter p(&image);
+            p.fillRect(0, 0, size.width() / 2, size.height(), QColor(leftHalf));
+        }
+        QVERIFY(image.save(file));
+    }
 
 private slots:
     void initTestCase()
     {
         QVERIFY(m_dir.isValid());
-        // Pictures: a red status band, a background green on its left half and
-        // clear on its right, a fade layer that darkens everything.
-        QImage status(100, 50, QImage::Format_ARGB32);
-        status.fill(kRed);
-        QVERIFY(status.save(path("status.png")));
-        QImage background(100, 50, QImage::Format_ARGB32);
-        background.fill(Qt::transparent);
-        {
-            QPainter p(&background);
-            p.fillRect(0, 0, 50, 50, QColor(kGreen));
-        }
-        QVERIFY(background.save(path("background.png")));
-        QImage layer(100, 50, QImage::Format_ARGB32);
-        layer.fill(qRgba(0, 0, 0, 128));
-        QVERIFY(layer.save(path("layer.png")));
-        QImage boot(40, 20, QImage::Format_ARGB32);
-        boot.fill(qRgb(0, 0, 255));
-        QVERIFY(boot.save(path("boot.png")));
-        QImage spinner(16, 16, QImage::Format_ARGB32);
-        spinner.fill(qRgb(255, 255, 0));
-        QVERIFY(spinner.save(path("spinner.png")));
+        // A red status band, a background green on its left half and clear on
+        // its right, a fade layer that darkens everything, boot image and spinner.
+        picture(path("status.png"), {100, 50}, kRed);
+        picture(path("background.png"), {100, 50}, qRgba(0, 0, 0, 0), kGreen);
+        picture(path("layer.png"), {100, 50}, qRgba(0, 0, 0, 128));
+        picture(path("boot.png"), {40, 20}, kBlue);
+        picture(path("spinner.png"), {16, 16}, kYellow);
 
         // A font directory as the phone has it, with twins under the phone's names.
         QVERIFY(QDir(m_dir.path()).mkpath("fonts/droid"));
@@ -108,36 +116,25 @@ private slots:
         qputenv("QT_QWS_FONTDIR", path("fonts").toLocal8Bit());
     }
 
-    void skinWithoutManagerItemChangesNothing()
+    void skinsWithoutAUsableBlock()
     {
         Host mgr;
-        QString good = writeSkin("good.xml", "size: 120x60; background: #00ff00;");
-        mgr.setManagerStyle(good, false);
-        QCOMPARE(mgr.size(), QSize(120, 60));
-
+        mgr.apply(skin("size: 120x60; background: #00ff00;"));
         QSignalSpy events(&mgr, &CTavoLayoutMgr::evLayoutMgr);
-        QString none = writeSkin("none.xml", "", false);
-        mgr.setManagerStyle(none, true);
+        // No manager item, or no file at all: nothing changes, nothing is announced.
+        mgr.apply(skin("", false), true);
+        mgr.apply(path("missing.xml"), true);
         QCOMPARE(events.count(), 0);
-        QString missing = path("missing.xml");
-        mgr.setManagerStyle(missing, true);
-        QCOMPARE(events.count(), 0);
-        // The look stays, brush included.
         QCOMPARE(mgr.size(), QSize(120, 60));
-        QVERIFY(mgr.backgroundBrush());
         QCOMPARE(render(mgr).pixel(5, 5), kGreen);
         QVERIFY(mgr.styleSheetFile() && mgr.styleSheetFile()->get("manager"));
-    }
 
-    void invalidManagerStyleStillAnnounces()
-    {
-        Host mgr;
-        QSignalSpy events(&mgr, &CTavoLayoutMgr::evLayoutMgr);
-        QString empty = writeSkin("empty.xml", "");
-        mgr.setManagerStyle(empty, true);
+        // An empty block is applied (the brush goes) and announced when asked.
+        const QString empty = skin("");
+        mgr.apply(empty, true);
         QCOMPARE(events.count(), 1);
         QCOMPARE(events.at(0).at(0).toInt(), 1021);
-        mgr.setManagerStyle(empty, false);
+        mgr.apply(empty, false);
         QCOMPARE(events.count(), 1);
         QVERIFY(!mgr.backgroundBrush());
     }
@@ -146,55 +143,30 @@ private slots:
     {
         Host mgr;
         QSignalSpy language(&mgr, &CTavoLayoutMgr::languageChange);
-        QString skin = writeSkin(
-            "full.xml",
-            "location: 7:9; size: 200x100; font-path: droid; default-font-family: Open Sans; default-font-px: 15;"
-            "status-background-image: " + url("status.png").toLatin1() + ";"
-            "background-image: " + url("background.png").toLatin1() + ";"
-            "background-fadeout-layer-image: " + url("layer.png").toLatin1() + ";"
-            "delay-first-menu-show: 2500; main-app-apk-name: com.example.phone; forced-refresh-period: 250;"
-            "icon-path: \"Skins/icons\"; softkey-1-location: 10:400; softkey-5-location: 700:400;"
-            "show-frame-rate: true; use-pane-switching: true; use-zenith-icons: true; cjk-font-support: false;"
-            "nextgenUI-enabled: true; use-onebit-icons: true; custom-directories-required: 3;"
-            "remove-video-key: true;");
-        mgr.setManagerStyle(skin, true);
-
+        mgr.apply(skin("location: 7:9; size: 200x100; default-font-family: Open Sans; default-font-px: 15;"
+                       "status-background-image: @status.png; background-image: @background.png;"
+                       "background-fadeout-layer-image: @layer.png; forced-refresh-period: 250;"
+                       "icon-path: \"Skins/icons\"; softkey-1-location: 10:400; softkey-5-location: 700:400;"
+                       "show-frame-rate: true; custom-directories-required: 3; remove-video-key: true;"));
         QCOMPARE(mgr.pos(), QPoint(7, 9));
-        QCOMPARE(mgr.size(), QSize(200, 100));
-        QCOMPARE(mgr.minimumSize(), QSize(200, 100));
         QCOMPARE(mgr.maximumSize(), QSize(200, 100));
         QCOMPARE(mgr.styledRect(), QRect(7, 9, 200, 100));
-        QCOMPARE(mgr.fontPath(), QString("droid"));
         QCOMPARE(QApplication::font().family(), QString("Open Sans"));
         QCOMPARE(QApplication::font().pixelSize(), 15);
-        QCOMPARE(mgr.firstMenuDelay(), 2500u);
-        QCOMPARE(mgr.mainAppName(), QString("com.example.phone"));
-        QVERIFY(mgr.refreshTimer());
+        QVERIFY(mgr.refreshTimer() && mgr.refreshTimer()->isActive() && !mgr.refreshTimer()->isSingleShot());
         QCOMPARE(mgr.refreshTimer()->interval(), 250);
-        QVERIFY(mgr.refreshTimer()->isActive());
-        QVERIFY(!mgr.refreshTimer()->isSingleShot());
         QCOMPARE(mgr.iconPath(), QString("Skins/icons"));
         QCOMPARE(CTavoLayoutMgr::getSoftkeyPos(0), QPoint(10, 400));
         QCOMPARE(CTavoLayoutMgr::getSoftkeyPos(1), QPoint(0, 0));
         QCOMPARE(CTavoLayoutMgr::getSoftkeyPos(4), QPoint(700, 400));
-        QVERIFY(KineticScroll::s_bShowFrameRate);
-        QVERIFY(CTavoImage::s_removeVideoKey);
+        QVERIFY(KineticScroll::s_bShowFrameRate && CTavoImage::s_removeVideoKey);
         QVERIFY(mgr.windowFlags() & Qt::FramelessWindowHint);
-        QVERIFY(mgr.usePaneSwitching());
-        QVERIFY(mgr.useZenithIcons());
-        QVERIFY(mgr.useOneBitIcons());
-        QVERIFY(!mgr.cjkFontSupport());
-        QVERIFY(mgr.nextGenUI());
         // One key, two readings: not a flag ("3" is no truth word), but a number.
         QVERIFY(!mgr.customDirectoriesRequired());
         QCOMPARE(mgr.customDirectories(), 3u);
-        QVERIFY(!mgr.navBarSticky());
-        // No boot image, no spinner.
-        QVERIFY(!mgr.spinnerAnimation());
+        QVERIFY(!mgr.spinnerAnimation());  // no boot image, no spinner
 
         // Fonts: the directory's files, the replaceable Japanese pair by file name.
-        QVERIFY(mgr.japaneseNewFontId() >= 0);
-        QVERIFY(mgr.japaneseOldFontId() >= 0);
         QVERIFY(QFontDatabase::applicationFontFamilies(mgr.japaneseNewFontId()).contains("DejaVu Sans"));
         QVERIFY(QFontDatabase::applicationFontFamilies(mgr.japaneseOldFontId()).contains("Open Sans"));
         QCOMPARE(language.count(), 1);
@@ -204,124 +176,88 @@ private slots:
         const QImage status = mgr.statusBackgroundImage().data();
         QCOMPARE(status.pixel(10, 10), kGreen);
         QCOMPARE(status.pixel(90, 10), kRed);
-        const QImage faded = mgr.fadedBackgroundImage().data();
-        QVERIFY(faded.pixel(90, 10) != kRed);
-        QVERIFY(qRed(faded.pixel(90, 10)) < 200 && qRed(faded.pixel(90, 10)) > 50);
-    }
+        const int faded = qRed(mgr.fadedBackgroundImage().data().pixel(90, 10));
+        QVERIFY(faded < 200 && faded > 50);
 
-    void defaultsWhenTheBlockSaysLittle()
-    {
-        Host mgr;
-        mgr.resize(50, 40);
-        QString skin = writeSkin("defaults.xml", "default-font-px: 0;");
-        KineticScroll::s_bShowFrameRate = true;
-        mgr.setManagerStyle(skin, false);
-        QCOMPARE(mgr.size(), QSize(50, 40));
-        QCOMPARE(mgr.fontPath(), QString("droid"));
-        QVERIFY(mgr.customDirectoriesRequired());
-        QCOMPARE(mgr.customDirectories(), 0u);
-        QVERIFY(mgr.cjkFontSupport());
-        QVERIFY(!KineticScroll::s_bShowFrameRate);
-        QVERIFY(mgr.iconPath().isEmpty());
-        QVERIFY(!mgr.refreshTimer());
-        QCOMPARE(mgr.bootingImageSize(), QSize(-1, -1));
-        QCOMPARE(mgr.bootingImageLocation(), QPoint(0, 0));
+        // A block that says little sets the switches back and leaves the geometry.
+        mgr.apply(skin("default-font-px: 0;"));
+        QCOMPARE(mgr.geometry(), QRect(7, 9, 200, 100));
+        QVERIFY(!KineticScroll::s_bShowFrameRate && mgr.customDirectoriesRequired());
         QCOMPARE(CTavoLayoutMgr::getSoftkeyPos(0), QPoint(0, 0));
-        QCOMPARE(CTavoLayoutMgr::getSoftkeyPos(5), QPoint(-1, -1));
+        QCOMPARE(QApplication::font().pixelSize(), 15);
     }
 
     void locationCentresOnlyForBothMinusOne()
     {
         Host mgr;
-        QString plain = writeSkin("plain.xml", "size: 100x60; location: -1:0;");
-        mgr.setManagerStyle(plain, false);
+        mgr.apply(skin("size: 100x60; location: -1:0;"));
         QCOMPARE(mgr.pos(), QPoint(-1, 0));
-
-        QString centred = writeSkin("centred.xml", "size: 100x60; location: -1:-1;");
-        mgr.setManagerStyle(centred, false);
+        mgr.apply(skin("size: 100x60; location: -1:-1;"));
         const QRect available = QGuiApplication::primaryScreen()->availableGeometry();
         QCOMPARE(mgr.pos(), QPoint(available.x() + (available.width() - 100) / 2,
                                    available.y() + (available.height() - 60) / 2));
         QCOMPARE(mgr.styledRect().topLeft(), mgr.pos());
     }
 
+    void navigationBarStickiness_data()
+    {
+        QTest::addColumn<QByteArray>("style");
+        QTest::addColumn<bool>("sticky");
+        QTest::newRow("hidden, sticky") << QByteArray("show-navigation-bar: false; make-nav-bar-sticky: true;") << true;
+        QTest::newRow("hidden") << QByteArray("show-navigation-bar: false;") << false;
+        QTest::newRow("shown, sticky") << QByteArray("make-nav-bar-sticky: true;") << false;
+    }
+
     void navigationBarStickiness()
     {
+        QFETCH(QByteArray, style);
         Host mgr;
-        QString sticky = writeSkin("sticky.xml", "show-navigation-bar: false; make-nav-bar-sticky: true;");
-        mgr.setManagerStyle(sticky, false);
-        QVERIFY(mgr.navBarSticky());
-        Host other;
-        QString hidden = writeSkin("hidden.xml", "show-navigation-bar: false;");
-        other.setManagerStyle(hidden, false);
-        QVERIFY(!other.navBarSticky());
-        QString shown = writeSkin("shown.xml", "make-nav-bar-sticky: true;");
-        other.setManagerStyle(shown, false);
-        QVERIFY(!other.navBarSticky());
+        mgr.apply(skin(style));
+        QTEST(mgr.navBarSticky(), "sticky");
     }
 
     void paintsBrushStatusAndFadedBackgrounds()
     {
         Host mgr;
-        QString skin = writeSkin("paint.xml", "size: 200x100;"
-                                              "status-background-image: " + url("status.png").toLatin1() + ";"
-                                              "background-image: " + url("background.png").toLatin1() + ";"
-                                              "background-fadeout-layer-image: " + url("layer.png").toLatin1() + ";");
-        mgr.setManagerStyle(skin, false);
-        const QRgb untouched = qRgba(1, 2, 3, 255);
+        mgr.apply(skin("size: 200x100; status-background-image: @status.png; background-image: @background.png;"
+                       "background-fadeout-layer-image: @layer.png;"));
         QImage shot = render(mgr);
         // Smaller than the widget: centred at (50, 25).
-        QCOMPARE(shot.pixel(49, 24), untouched);
+        QCOMPARE(shot.pixel(49, 24), kUntouched);
         QCOMPARE(shot.pixel(55, 30), kGreen);
         QCOMPARE(shot.pixel(145, 70), kRed);
-        QCOMPARE(shot.pixel(150, 75), untouched);
+        QCOMPARE(shot.pixel(150, 75), kUntouched);
 
         mgr.fadeOutBackground();
         QVERIFY(mgr.isBackgroundFaded());
-        shot = render(mgr);
-        QVERIFY(shot.pixel(145, 70) != kRed);
-        QVERIFY(qRed(shot.pixel(145, 70)) > 50);
+        const int faded = qRed(render(mgr).pixel(145, 70));
+        QVERIFY(faded < 255 && faded > 50);
         mgr.focusInBackground();
         QCOMPARE(render(mgr).pixel(145, 70), kRed);
 
         // A brush wins over the pictures.
-        QString brush = writeSkin("brush.xml", "size: 200x100; background: #0000ff;"
-                                               "status-background-image: " + url("status.png").toLatin1() + ";");
-        mgr.setManagerStyle(brush, false);
-        QCOMPARE(render(mgr).pixel(145, 70), qRgb(0, 0, 255));
-
+        mgr.apply(skin("size: 200x100; background: #0000ff; status-background-image: @status.png;"));
+        QCOMPARE(render(mgr).pixel(145, 70), kBlue);
         // Transparent clears everything, whatever was below.
         mgr.setTransparent(true);
         QCOMPARE(render(mgr, kRed).pixel(100, 50), qRgba(0, 0, 0, 0));
         mgr.setTransparent(false);
-        QCOMPARE(render(mgr, kRed).pixel(100, 50), qRgb(0, 0, 255));
-    }
+        QCOMPARE(render(mgr, kRed).pixel(100, 50), kBlue);
 
-    void fadingNeedsALayer()
-    {
-        Host mgr;
-        QString skin = writeSkin("nolayer.xml", "size: 200x100;"
-                                                "status-background-image: " + url("status.png").toLatin1() + ";");
-        mgr.setManagerStyle(skin, false);
-        mgr.fadeOutBackground();
-        QVERIFY(!mgr.isBackgroundFaded());
+        // Without a layer there is nothing to fade to.
+        Host plain;
+        plain.apply(skin("size: 200x100; status-background-image: @status.png;"));
+        plain.fadeOutBackground();
+        QVERIFY(!plain.isBackgroundFaded());
     }
 
     void bootScreenAndSpinner()
     {
         Host mgr;
-        QString skin = writeSkin("boot.xml", "size: 200x400; background: #00ff00;"
-                                             "booting-image: " + url("boot.png").toLatin1() + ";"
-                                             "booting-spinner-image: " + url("spinner.png").toLatin1() + ";"
-                                             "booting-img-location: 20:30; booting-img-size: 40x20;");
-        mgr.setManagerStyle(skin, false);
+        mgr.apply(skin("size: 200x400; background: #00ff00; booting-image: @boot.png;"
+                       "booting-spinner-image: @spinner.png; booting-img-location: 20:30; booting-img-size: 40x20;"));
         QPropertyAnimation* spin = mgr.spinnerAnimation();
         QVERIFY(spin);
-        QCOMPARE(spin->propertyName(), QByteArray("spinnerRotationAngle"));
-        QCOMPARE(spin->duration(), 1000);
-        QCOMPARE(spin->startValue().toDouble(), 0.0);
-        QCOMPARE(spin->endValue().toDouble(), 45.0);
-        QCOMPARE(spin->loopCount(), -1);
         QCOMPARE(spin->state(), QAbstractAnimation::Stopped);
         // Not on the boot screen yet: the brush, and angles are ignored.
         QCOMPARE(render(mgr).pixel(30, 35), kGreen);
@@ -333,16 +269,16 @@ private slots:
         spin->stop();
         mgr.setSpinnerRotationAngle(0);
         QImage shot = render(mgr);
-        QCOMPARE(shot.pixel(30, 35), qRgb(0, 0, 255));  // boot image at its place
-        QCOMPARE(shot.pixel(150, 10), qRgb(0, 0, 0));   // black around it
-        QCOMPARE(shot.pixel(100, 300), qRgb(255, 255, 0));  // spinner at (w/2, h/2*1.5)
-        QCOMPARE(shot.pixel(100, 320), qRgb(0, 0, 0));
+        QCOMPARE(shot.pixel(30, 35), kBlue);      // boot image at its place
+        QCOMPARE(shot.pixel(150, 10), kBlack);    // black around it
+        QCOMPARE(shot.pixel(100, 300), kYellow);  // spinner at (w/2, h/2*1.5)
+        QCOMPARE(shot.pixel(100, 320), kBlack);
 
         // Rotated by 45 degrees the square's corners move out of its box.
         mgr.setSpinnerRotationAngle(45);
         shot = render(mgr);
-        QCOMPARE(shot.pixel(100, 289), qRgb(255, 255, 0));
-        QCOMPARE(shot.pixel(93, 293), qRgb(0, 0, 0));
+        QCOMPARE(shot.pixel(100, 289), kYellow);
+        QCOMPARE(shot.pixel(93, 293), kBlack);
 
         // The boot text sits in a band well above the spinner.
         mgr.setBootingText(QStringLiteral("Booting"));
@@ -361,13 +297,11 @@ private slots:
     void spinnerRepaintsOncePerEightSteps()
     {
         Host mgr;
-        QString skin = writeSkin("spin.xml", "size: 120x120; background: #00ff00;"
-                                             "booting-image: " + url("boot.png").toLatin1() + ";"
-                                             "booting-spinner-image: " + url("spinner.png").toLatin1() + ";");
         mgr.show();
         QVERIFY(QTest::qWaitForWindowExposed(&mgr));
         // A new skin leaves a shown manager shown.
-        mgr.setManagerStyle(skin, false);
+        mgr.apply(skin("size: 120x120; background: #00ff00; booting-image: @boot.png;"
+                       "booting-spinner-image: @spinner.png;"));
         QVERIFY(mgr.isVisible());
         QVERIFY(QTest::qWaitForWindowExposed(&mgr));
         mgr.setUseBootingBackground(true);
@@ -380,17 +314,6 @@ private slots:
             QCoreApplication::processEvents();
         }
         QCOMPARE(mgr.paints, 3);
-
-        // Driven by its own animation the same holds.
-        int steps = 0;
-        connect(mgr.spinnerAnimation(), &QVariantAnimation::valueChanged, this, [&] { ++steps; });
-        mgr.paints = 0;
-        mgr.spinnerAnimation()->start();
-        QTest::qWait(600);
-        mgr.spinnerAnimation()->stop();
-        QVERIFY(steps >= 16);
-        QVERIFY2(mgr.paints <= steps / 8 + 1, qPrintable(QString("%1 paints for %2 steps").arg(mgr.paints).arg(steps)));
-        QVERIFY(mgr.paints >= 1);
     }
 
     void iconFamilySwitches()
@@ -403,16 +326,12 @@ private slots:
 
         Host mgr;
         iconRepository.setIconPath(QStringLiteral("elsewhere"));
-        QString greySkin = writeSkin("grey.xml", "use-greyscale-icons: true;");
-        mgr.setManagerStyle(greySkin, false);
+        mgr.apply(skin("use-greyscale-icons: true;"));
         QCOMPARE(iconRepository.iconPath(), grey);
-        QString oneBitSkin = writeSkin("onebit.xml", "use-onebit-icons: true;");
-        mgr.setManagerStyle(oneBitSkin, false);
+        mgr.apply(skin("use-onebit-icons: true;"));
         QCOMPARE(iconRepository.iconPath(), oneBit);
-        QVERIFY(mgr.useOneBitIcons());
         // Switches that are off leave the family alone.
-        QString plain = writeSkin("plainicons.xml", "size: 10x10;");
-        mgr.setManagerStyle(plain, false);
+        mgr.apply(skin("size: 10x10;"));
         QCOMPARE(iconRepository.iconPath(), oneBit);
     }
 
@@ -432,15 +351,12 @@ private slots:
         {
             Host mgr;
             QCOMPARE(mgr.managerStyleFile(), QString("Skins/default/default.xml"));
-            QCOMPARE(mgr.size(), QSize(800, 480));
             QCOMPARE(mgr.styledRect(), QRect(0, 0, 800, 480));
             // A gradient brush, not a full-screen picture; the boot screen has its own.
             QVERIFY(mgr.backgroundBrush() && mgr.backgroundBrush()->gradient());
             QVERIFY(mgr.backgroundImage().isNull());
             QCOMPARE(CTavoLayoutMgr::getSoftkeyPos(4), QPoint(640, 416));
             QCOMPARE(QApplication::font().family(), QString("Open Sans"));
-            QCOMPARE(QApplication::font().pixelSize(), 16);
-            QVERIFY(mgr.japaneseOldFontId() >= 0);
             QVERIFY(QFontDatabase::applicationFontFamilies(mgr.japaneseOldFontId()).contains("Droid Sans Fallback"));
             QVERIFY(mgr.styleSheetFile()->get("home"));
             QVERIFY(mgr.spinnerAnimation());
