@@ -1,6 +1,7 @@
 // Buttons: press, hold and release through a real layout widget and through
 // handleEvent, the URL and data they report, their look from the skin, the
 // key table and the button records made from documents.
+#include <QElapsedTimer>
 #include <QKeyEvent>
 #include <climits>
 #include <QPainter>
@@ -45,6 +46,29 @@ TavoButtonSettings settings(const QString& label, const QString& click, const QS
     s.set("name", label, click, hold, press, CTavoIconDefinition(QString(), QString(), icon), aux, 1);
     return s;
 }
+
+// A shown surface holding one styled button block.
+struct Surface
+{
+    CTavoLayoutWidget widget;
+
+    Surface()
+    {
+        QByteArray text("CTavoLayoutWidget { size: 400x300; location: 0:0; }"
+                        " CTavoButton { size: 100x40; location: 10:10; background: #ff0000; }");
+        QByteArray attributes;
+        widget.updateStyle(text.data(), attributes.data(), true);
+        widget.show();
+    }
+    void press(const QPoint& at) { QTest::mousePress(&widget, Qt::LeftButton, Qt::NoModifier, at); }
+    void release(const QPoint& at) { QTest::mouseRelease(&widget, Qt::LeftButton, Qt::NoModifier, at); }
+    void move(const QPoint& at)
+    {
+        QMouseEvent event(QEvent::MouseMove, at, widget.mapToGlobal(at), Qt::NoButton, Qt::LeftButton,
+                          Qt::NoModifier);
+        QCoreApplication::sendEvent(&widget, &event);
+    }
+};
 
 QImage render(CTavoWidget& widget, const QSize& size = QSize(300, 200))
 {
@@ -103,6 +127,65 @@ private slots:
         QCOMPARE(countColour(image, QRect(14, 14, 20, 10), kGreen), 200);
         QVERIFY(countColour(image, QRect(10, 10, 100, 40), kRed) > 2000);
         QVERIFY(TextTest::inked(image, QRect(10, 30, 100, 20), kRed) > 20);
+    }
+
+    // A real pointer on a real surface: tap, hold, cancel by moving out, release
+    // outside, and a button that is no direct child of the surface.
+    void thePointerThroughTheSurface()
+    {
+        Surface surface;
+        QVERIFY(QTest::qWaitForWindowExposed(&surface.widget));
+        CTavoButton button(&surface.widget);
+        TavoButtonSettings s = settings("OK", "key:ok", "key:ok-held", "key:ok-down");
+        button.init(&s, "tapped");
+        connect(&button, &CTavoButton::buttonClicked, &surface.widget, &CTavoLayoutWidget::onWidgetEvent);
+        QSignalSpy events(&surface.widget, &CTavoLayoutWidget::layoutWidgetSignal);
+        const QPoint on(30, 20), off(300, 250);
+
+        surface.press(on);
+        QCOMPARE(surface.widget.pressedButton(), &button);
+        surface.release(on + QPoint(2, 2));
+        QCOMPARE(events.size(), 2);
+        QCOMPARE(events.at(0).mid(0, 2), (Event{"key:ok-down", "pressed"}));
+        QCOMPARE(events.at(1).mid(0, 2), (Event{"key:ok", "tapped"}));
+        QCOMPARE(s_sounds, 1);
+
+        // Held for a second: the hold URL, and the release adds nothing.
+        QElapsedTimer clock;
+        clock.start();
+        surface.press(on);
+        QTest::qWait(800);
+        QCOMPARE(events.size(), 3);
+        QTRY_COMPARE_WITH_TIMEOUT(events.size(), 4, 3000);
+        QVERIFY2(clock.elapsed() >= 950, qPrintable(QString::number(clock.elapsed())));  // coarse timers
+        QCOMPARE(events.at(3).mid(0, 2), (Event{"key:ok-held", "held"}));
+        surface.release(on);
+        QCOMPARE(events.size(), 4);
+
+        // Moving off the button cancels it once; no hold and no click follow.
+        surface.press(on);
+        surface.move(QPoint(250, 200));
+        surface.move(QPoint(260, 210));
+        QVERIFY(!button.isDown());
+        QCOMPARE(events.size(), 6);
+        QCOMPARE(events.at(5).at(0).toString(), QString("button-cancelled"));
+        surface.release(QPoint(260, 210));
+        QTest::qWait(1100);
+        QCOMPARE(events.size(), 6);
+
+        // Released outside without moving: up, no click.
+        surface.press(on);
+        surface.release(off);
+        QVERIFY(!button.isDown() && !surface.widget.pressedButton());
+        QCOMPARE(events.size(), 7);
+
+        // Only direct children of the surface are routed.
+        CTavoWidget holder(&surface.widget, 2, 0, 0, 400, 300);
+        button.setParent(&holder);
+        QTest::mouseClick(&surface.widget, Qt::LeftButton, Qt::NoModifier, on);
+        QVERIFY(!button.isDown());
+        QCOMPARE(events.size(), 7);
+        button.setParent(&surface.widget);
     }
 
     // --- through handleEvent -------------------------------------------------------
