@@ -30,6 +30,7 @@
 #include "style/CTavoIconRepository.h"
 #include "style/CTavoResourceRepository.h"
 #include "style/TavoProfile.h"
+#include "style/TavoSkinConfig.h"
 #include "widgets/KineticScroll.h"
 #include "tools/TavoToolFlags.h"
 
@@ -133,11 +134,7 @@ void CTavoLayoutMgr::initializeSettings()
     QSettings ini(m_configFile, QSettings::IniFormat);
     const QString app = QCoreApplication::applicationName();
     ini.beginGroup(app);
-    const bool mainApp = app == QLatin1String("zedagui");
-    const QString defaultSkin =
-        QString::asprintf("Skins/default/default%s%s.xml", mainApp ? "" : "-",
-                          mainApp ? "" : qPrintable(app));
-    m_skinFile = ini.value(QStringLiteral("SkinFile"), defaultSkin).toString();
+    m_skinFile = ini.value(QStringLiteral("SkinFile"), tavoGetDefaultSkinFile(app)).toString();
     m_coreComIP = ini.value(QStringLiteral("ComServerIP"), QStringLiteral("127.0.0.1")).toString();
     m_coreComPort = ini.value(QStringLiteral("ComServerPort"), 10010).toInt();
     m_tavosimIP =
