@@ -22,7 +22,7 @@
 #include <cstdlib>
 #include <malloc.h>
 
-#include "BenchHeap.h"
+#include "BenchSupport.h"
 
 #include "layout/CTavoLayoutWidget.h"
 #include "style/CTavoIconRepository.h"
@@ -42,12 +42,6 @@ const int kWarmFrames = 20;
 const int kFrames = 300;
 const int kIcon = 5; // "Messages" of the icon table
 
-struct Run
-{
-    double fps = 0;
-    double allocationsPerFrame = 0;
-};
-
 QRect cell(int i)
 {
     const int w = kScreenW / kColumns;
@@ -59,23 +53,6 @@ QString mainText(int i)
 {
     static const char* const words[] = {"Messages", "Contacts", "Call history", "Settings", "Conference"};
     return QString::fromLatin1(words[i % 5]) + QStringLiteral(" %1").arg(i);
-}
-
-template <typename Frame>
-Run measure(Frame frame)
-{
-    for (int i = 0; i < kWarmFrames; ++i)
-        frame();
-    const long long before = g_allocations.load();
-    QElapsedTimer timer;
-    timer.start();
-    for (int i = 0; i < kFrames; ++i)
-        frame();
-    const qint64 ns = timer.nsecsElapsed();
-    Run run;
-    run.fps = kFrames * 1e9 / double(ns);
-    run.allocationsPerFrame = double(g_allocations.load() - before) / kFrames;
-    return run;
 }
 
 const char* const kStyle =
@@ -137,14 +114,14 @@ int main(int argc, char** argv)
     for (int i = 0; i < kButtons; ++i)
         makeButton(&surface, i);
     QImage ours(kScreenW, kScreenH, QImage::Format_RGB32);
-    const Run tavo = measure([&] { surface.render(&ours); });
+    const BenchRun tavo = benchFrames(kWarmFrames, kFrames, [&] { surface.render(&ours); });
 
     // The buttons alone, without QWidget::render around them.
-    Run buttonsOnly;
+    BenchRun buttonsOnly;
     {
         const QList<CTavoWidget*> painted = surface.findChildren<CTavoWidget*>();
         QPainter painter(&ours);
-        buttonsOnly = measure([&] {
+        buttonsOnly = benchFrames(kWarmFrames, kFrames, [&] {
             painter.fillRect(ours.rect(), QColor(20, 30, 40));
             for (CTavoWidget* widget : painted)
                 if (widget->isVisible())
@@ -163,7 +140,7 @@ int main(int argc, char** argv)
         makePushButton(&root, qicon, font, i);
     root.ensurePolished();
     QImage theirs(kScreenW, kScreenH, QImage::Format_RGB32);
-    const Run qt = measure([&] { root.render(&theirs); });
+    const BenchRun qt = benchFrames(kWarmFrames, kFrames, [&] { root.render(&theirs); });
 
     // Heap bytes of one button with icon and labels, laid out and drawn once, averaged.
     const int kSamples = 100;

@@ -18,7 +18,7 @@
 
 #include "widgets/KineticScroll.h"
 
-#include "BenchHeap.h"
+#include "BenchSupport.h"
 
 namespace {
 

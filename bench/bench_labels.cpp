@@ -20,7 +20,7 @@
 #include <cstdlib>
 #include <malloc.h>
 
-#include "BenchHeap.h"
+#include "BenchSupport.h"
 
 #include "widgets/CTavoLabelWidget.h"
 #include "widgets/TavoTextFormat.h"
@@ -36,12 +36,6 @@ const int kLabels = kColumns * kRows; // 200
 const int kWarmFrames = 20;
 const int kFrames = 300;
 
-struct Run
-{
-    double fps = 0;
-    double allocationsPerFrame = 0;
-};
-
 QString labelText(int i)
 {
     // A mix of short texts and texts that have to be elided.
@@ -56,23 +50,6 @@ QRect cell(int i)
     const int w = kScreenW / kColumns;
     const int h = kScreenH / kRows;
     return QRect((i % kColumns) * w, (i / kColumns) * h, w - 2, h);
-}
-
-template <typename Frame>
-Run measure(Frame frame)
-{
-    for (int i = 0; i < kWarmFrames; ++i)
-        frame();
-    const long long before = g_allocations.load();
-    QElapsedTimer timer;
-    timer.start();
-    for (int i = 0; i < kFrames; ++i)
-        frame();
-    const qint64 ns = timer.nsecsElapsed();
-    Run run;
-    run.fps = kFrames * 1e9 / double(ns);
-    run.allocationsPerFrame = double(g_allocations.load() - before) / kFrames;
-    return run;
 }
 
 } // namespace
@@ -102,7 +79,7 @@ int main(int argc, char** argv)
         labels.append(label);
     }
     QImage ours(kScreenW, kScreenH, QImage::Format_RGB32);
-    const Run tavo = measure([&] {
+    const BenchRun tavo = benchFrames(kWarmFrames, kFrames, [&] {
         QPainter painter(&ours);
         painter.fillRect(ours.rect(), background);
         for (CTavoLabelWidget* label : qAsConst(labels))
@@ -110,10 +87,10 @@ int main(int argc, char** argv)
     });
 
     // The labels alone, without the painter's own begin and end.
-    Run labelsOnly;
+    BenchRun labelsOnly;
     {
         QPainter painter(&ours);
-        labelsOnly = measure([&] {
+        labelsOnly = benchFrames(kWarmFrames, kFrames, [&] {
             painter.fillRect(ours.rect(), background);
             for (CTavoLabelWidget* label : qAsConst(labels))
                 label->paint(&painter);
@@ -135,7 +112,7 @@ int main(int argc, char** argv)
     }
     root.ensurePolished();
     QImage theirs(kScreenW, kScreenH, QImage::Format_RGB32);
-    const Run qt = measure([&] { root.render(&theirs); });
+    const BenchRun qt = benchFrames(kWarmFrames, kFrames, [&] { root.render(&theirs); });
 
     // Heap bytes of one label with its text laid out, averaged over many.
     const int kSamples = 200;

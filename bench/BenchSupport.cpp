@@ -1,5 +1,5 @@
-// The malloc interposer behind BenchHeap.h.
-#include "BenchHeap.h"
+// The malloc interposer behind BenchSupport.h.
+#include "BenchSupport.h"
 
 #include <cstddef>
 #include <malloc.h>
