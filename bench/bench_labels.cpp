@@ -22,6 +22,7 @@
 
 #include "BenchSupport.h"
 
+#include "style/CTavoWidgetStyle.h"
 #include "widgets/CTavoLabelWidget.h"
 #include "widgets/TavoTextFormat.h"
 
@@ -71,10 +72,12 @@ int main(int argc, char** argv)
     QWidget surface;
     surface.resize(kScreenW, kScreenH);
     QVector<CTavoLabelWidget*> labels;
+    // Labels styled by a skin share their colour's pen, as they do through layout().
+    const QPen textPen = CTavoWidgetStyle::colorPen(text);
     for (int i = 0; i < kLabels; ++i) {
         const QRect r = cell(i);
         CTavoLabelWidget* label = new CTavoLabelWidget(&surface, r.x(), r.y(), r.width(), r.height());
-        label->setStyle(font, QPen(text), 1 | 128 | TavoTextNoWrap);
+        label->setStyle(font, textPen, 1 | 128 | TavoTextNoWrap);
         label->setText(labelText(i));
         labels.append(label);
     }
@@ -122,7 +125,7 @@ int main(int argc, char** argv)
     for (int i = 0; i < kSamples; ++i) {
         const QRect r = cell(i);
         CTavoLabelWidget* label = new CTavoLabelWidget(&holder, r.x(), r.y(), r.width(), r.height());
-        label->setStyle(font, QPen(text), 1 | 128 | TavoTextNoWrap);
+        label->setStyle(font, textPen, 1 | 128 | TavoTextNoWrap);
         label->setText(labelText(i));
         extraTavo.append(label);
     }

@@ -327,7 +327,7 @@ QPen CTavoWidgetStyle::Pen(const QString& name, const QPen& def, bool* found) co
     if (int(v.type()) == QMetaType::QPen)
         return v.value<QPen>();
     if (int(v.type()) == QMetaType::QColor)
-        return QPen(v.value<QColor>());
+        return colorPen(v.value<QColor>());
     if (isText(v))
         return getPen(v.toString());
     return def;
@@ -840,6 +840,19 @@ QRect CTavoWidgetStyle::getRect(const QString& text, bool shorthand)
             v = clampPixels(v);
     }
     return QRect(a[0], a[1], a[2], a[3]);
+}
+
+QPen CTavoWidgetStyle::colorPen(const QColor& color)
+{
+    if (!color.isValid() || color.spec() != QColor::Rgb)
+        return QPen(color);
+    static QHash<QRgb, QPen> pens;
+    if (pens.size() >= 256)  // a host animating colours must not grow it for ever
+        pens.clear();
+    auto it = pens.find(color.rgba());
+    if (it == pens.end())
+        it = pens.insert(color.rgba(), QPen(color));
+    return it.value();
 }
 
 QPen CTavoWidgetStyle::getPen(const QString& text)

@@ -138,6 +138,10 @@ public:
     static unsigned getEnumWithinRange(const QString& text, int from, int to, int* out = nullptr);
     static QRect getRect(const QString& text, bool shorthand);
     static QPen getPen(const QString& text);
+    // A plain pen of `color` whose record is shared by every caller asking for
+    // the same colour: screens of labels hold a few pen records, not one each.
+    // GUI thread only.
+    static QPen colorPen(const QColor& color);
     // The repository's brush for the text.
     static QBrush* parseBrush(const QString& text);
     static QBrush getLinearGradient(const QString& text);

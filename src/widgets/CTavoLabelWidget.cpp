@@ -34,7 +34,7 @@ int pixelSizeOf(const QFont& font)
 
 CTavoLabelWidget::CTavoLabelWidget(QWidget* parent, int x, int y, int w, int h)
     : CTavoWidget(parent, 2, x, y, w, h)
-    , m_pen(QColor(Qt::black))
+    , m_pen(CTavoWidgetStyle::colorPen(QColor(Qt::black)))
     , m_color(Qt::black)
     , m_flags(1 | TavoTextWordWrap)
     , m_fontMetrics(nullptr)
@@ -270,7 +270,7 @@ void CTavoLabelWidget::layout(bool keepPixelSize)
     QColor color = m_pen.color();
     unsigned flags = m_flags;
     style->getLabelStyle(font, color, flags);
-    setStyle(font, QPen(color), int(flags), m_elideFromLeft, keepPixelSize);
+    setStyle(font, CTavoWidgetStyle::colorPen(color), int(flags), m_elideFromLeft, keepPixelSize);
     invertColor(m_color, m_invertedColor);
     if (m_basePixelSize <= 0)
         m_basePixelSize = pixelSizeOf(m_font);

@@ -24,12 +24,16 @@ int roundHalfAway(float value)
     return value >= 0.0f ? int(value + 0.5f) : -int(-value + 0.5f);
 }
 
-QPen noBorderPen()
+// One record for every widget without a border: copies share it.
+const QPen& noBorderPen()
 {
-    QPen pen(Qt::NoPen);
-    pen.setWidth(0);
-    pen.setCapStyle(Qt::SquareCap);
-    pen.setJoinStyle(Qt::BevelJoin);
+    static const QPen pen = [] {
+        QPen p(Qt::NoPen);
+        p.setWidth(0);
+        p.setCapStyle(Qt::SquareCap);
+        p.setJoinStyle(Qt::BevelJoin);
+        return p;
+    }();
     return pen;
 }
 
