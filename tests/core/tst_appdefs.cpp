@@ -32,10 +32,7 @@ private slots:
         int length = -1;
         GuiAppsMsgTypeT type = GuiAppsMsgTxml;
         QVERIFY(appDefsParseHeader(frame, src, dst, length, type));
-        QCOMPARE(int(src), 1);
-        QCOMPARE(int(dst), 264);
-        QCOMPARE(length, 3);
-        QCOMPARE(int(type), 4);
+        QCOMPARE((QList<int>{src, dst, length, type}), (QList<int>{1, 264, 3, 4}));
         delete[] frame;
 
         char* empty = appDefsAssembleMessage(GuiAppsDbs, GuiAppsZedagui, "", 0, GuiAppsMsgDb);
@@ -90,20 +87,16 @@ private slots:
         GuiAppsMsgHdrT bad = header(0, 1, 0, 0);
         bad.source = GuiAppsTavoapp + 0x10000;  // out of range, same checksum
         QCOMPARE(appDefsParseHeader(&bad, src, dst, length, type), 0);
-        QCOMPARE(int(src), int(GuiAppsEm));
-        QCOMPARE(int(dst), int(GuiAppsEm));
-        QCOMPARE(length, 77);
+        QCOMPARE((QList<int>{src, dst, length, type}), (QList<int>{GuiAppsEm, GuiAppsEm, 77, GuiAppsMsgMemshow}));
     }
 
     void nameTable()
     {
-        QCOMPARE(appDefsName(GuiAppsNone), static_cast<const char*>(nullptr));
+        // A mask names its lowest known bit; no known bit, no name.
+        QVERIFY(!appDefsName(GuiAppsNone) && !appDefsName(GuiAppsT(0x1000)));
         QCOMPARE(appDefsName(GuiAppsT(3)), "browser");
-        QCOMPARE(appDefsName(GuiAppsT(0x1000)), static_cast<const char*>(nullptr));
         QCOMPARE(appDefsName(GuiAppsT(0x1008)), "dbs");
-        QCOMPARE(int(appDefsType("Zedagui")), 0);
-        QCOMPARE(int(appDefsType("")), 0);
-        QCOMPARE(int(appDefsType(nullptr)), 0);
+        QVERIFY(!appDefsType("Zedagui") && !appDefsType("") && !appDefsType(nullptr));
         const char* names[] = {"zedagui", "browser", "osd",     "dbs",     "pdc", "txmlProxy",
                                "tavosim", "ec",      "tavoapp", "sandbox", "qml", "em"};
         for (int bit = 0; bit < 12; ++bit) {

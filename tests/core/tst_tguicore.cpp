@@ -1,5 +1,6 @@
 // The simulated core as a real process: registrations, routing by destination
-// mask, status masks, printed events, TLS, and zedagui playing a scenario.
+// mask, status masks, printed events and TLS. zedagui playing a scenario to it
+// is the demo's end-to-end test.
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -116,46 +117,6 @@ private slots:
         QVERIFY(gui.got.first().data.contains("AppStatus"));
     }
 
-    void zedaguiPlaysAScenario()
-    {
-        QTemporaryDir dir;
-        QDir(dir.path()).mkpath("Skins");
-        QFile scenario(dir.filePath("scenario.txt"));
-        QVERIFY(scenario.open(QIODevice::WriteOnly));
-        scenario.write("wait zedagui 20000\n"
-                       "send zedagui <TXML><Event uri=\"Core:Config\">language=fr-fr;hours24=1</Event></TXML>\n"
-                       "send zedagui <TXML><Softkeys><Softkey label=\"Appeler\" url=\"softkey:539-call\" position=\"0\"/></Softkeys></TXML>\n"
-                       "sleep 300\n"
-                       "send zedagui <TXML><Translations><T key=\"Call\" value=\"Appeler\"/></Translations></TXML>\n");
-        scenario.close();
-        Core core({"--scenario", dir.filePath("scenario.txt")});
-        const quint16 port = core.port();
-        QVERIFY(port);
-        QFile qt(dir.filePath("qt.conf"));
-        QVERIFY(qt.open(QIODevice::WriteOnly));
-        qt.write("[Profile]\nActive=default\n");
-        qt.close();
-        QFile conf(dir.filePath("Skins/default.conf"));
-        QVERIFY(conf.open(QIODevice::WriteOnly));
-        conf.write("[zedagui]\nComServerIP=127.0.0.1\nComServerPort=" + QByteArray::number(port) + "\n");
-        conf.close();
-
-        QProcess gui;
-        gui.setWorkingDirectory(dir.path());
-        gui.setProcessChannelMode(QProcess::MergedChannels);
-        gui.start(QStringLiteral(TGUI_BIN_DIR "/zedagui"),
-                  {"--exit-after", "2500", "--screenshots", dir.filePath("shots")});
-        QVERIFY(gui.waitForFinished(30000));
-        const QString log = QString::fromUtf8(gui.readAll());
-        QCOMPARE(gui.exitCode(), 0);
-        QVERIFY2(log.contains("zedagui Connected to ZEDA Core application at 127.0.0.1"), qPrintable(log));
-        QVERIFY(log.contains("There is a change in language[New Language(fr-fr)  existing language()]"));
-        QVERIFY(log.contains("24hrs format is set to 1"));
-        QVERIFY(log.contains("zedagui: 1 softkeys: Appeler"));
-        QVERIFY(log.contains("handleTXmlMsg received 1 translated strings"));
-        QVERIFY(QFile::exists(dir.filePath("shots/99-end.png")));
-        QTRY_VERIFY_WITH_TIMEOUT(core.has("DISCONNECT zedagui"), 10000);
-    }
 };
 
 QTEST_GUILESS_MAIN(TestTguiCore)

@@ -118,7 +118,6 @@ private slots:
         QCOMPARE(CTavoLayoutWidget::count(), before + 1);
         QVERIFY(!s->isVisible() && !s->isReadyToShow());
         QCOMPARE(s->geometry(), QRect(0, 0, 200, 100));
-        QVERIFY(s->testAttribute(Qt::WA_NoSystemBackground) && !s->testAttribute(Qt::WA_OpaquePaintEvent));
         // Widgets built on the surface are styled from its sheet.
         auto* box = new Box(s.get(), QRect(0, 0, 5, 5), Qt::red);
         QCOMPARE(box->styleSheet(), s->styleSheet());

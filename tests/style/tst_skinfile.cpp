@@ -105,25 +105,6 @@ private slots:
         QCOMPARE(tavoGetDefaultSkinFile("browser"), QString("Skins/default/default-browser.xml"));
     }
 
-    void sampleSkinLoadsFromRunFolder()
-    {
-        const QString run = qEnvironmentVariable("TGUI_RUN_DIR", QStringLiteral(TGUI_SOURCE_DIR "/run"));
-        const QString previous = QDir::currentPath();
-        QVERIFY(QDir::setCurrent(run));
-        QSettings conf(tavoGetSkinConfigFile(), QSettings::IniFormat);
-        const QString skin = conf.value("zedagui/SkinFile", tavoGetDefaultSkinFile("zedagui")).toString();
-        CTavoStyleSheetFile file;
-        const int result = file.parse(skin);
-        CTavoStyleSheet sheet;
-        if (CTavoStyleItem* manager = file.get("manager"))
-            sheet.set(manager->m_style.toLatin1().constData(), manager->m_attributes.toLatin1().constData());
-        QVERIFY(QDir::setCurrent(previous));
-        CTavoWidgetStyle::resetScaling();
-        QCOMPARE(result, 0);
-        QCOMPARE(sheet.getAttribute("design-x"), QString("800"));
-        QVERIFY(sheet.get("CTavoLayoutMgr"));
-        QCOMPARE(sheet.get("CTavoLayoutMgr")->Size("size"), QSize(800, 480));
-    }
 };
 
 QTEST_MAIN(TestSkinFile)

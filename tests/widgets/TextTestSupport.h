@@ -6,9 +6,13 @@
 #include <QFont>
 #include <QFontDatabase>
 #include <QImage>
+#include <QPainter>
 #include <QRect>
 #include <QString>
+#include <QWidget>
 #include <QtTest>
+
+#include "widgets/CTavoWidget.h"
 
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)
@@ -46,6 +50,28 @@ inline QRect inkBox(const QImage& image, QRgb background)
     inked(image, image.rect(), background, &box);
     return box;
 }
+
+const QRgb kWhite = qRgb(255, 255, 255);
+
+// What `widget` paints on a canvas of `background`.
+inline QImage render(CTavoWidget& widget, QRgb background = kWhite, const QSize& size = QSize(320, 200))
+{
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(background);
+    QPainter painter(&image);
+    widget.paint(&painter);
+    return image;
+}
+
+// A shown surface that counts its repaints.
+class CountingSurface : public QWidget
+{
+public:
+    int paints = 0;
+
+protected:
+    void paintEvent(QPaintEvent*) override { ++paints; }
+};
 
 } // namespace TextTest
 

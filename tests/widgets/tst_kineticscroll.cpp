@@ -150,14 +150,10 @@ private slots:
     {
         Scroller s;
         QVERIFY(!s.mouse(QEvent::MouseButtonPress, QPoint(5, 5), Qt::RightButton));
-        QVERIFY(!s.mouse(QEvent::MouseMove, QPoint(5, 60), Qt::NoButton));
-        QVERIFY(s.isSteadyScroll());
+        QVERIFY(!s.mouse(QEvent::MouseMove, QPoint(5, 60), Qt::NoButton) && s.isSteadyScroll());
         s.press(QPoint(5, 5));
         QVERIFY(!s.mouse(QEvent::MouseButtonRelease, QPoint(5, 5), Qt::MiddleButton));
-        QCOMPARE(s.state(), int(KineticScroll::Pressed));
-        QVERIFY(s.release(QPoint(5, 5)));
-        QVERIFY(s.isSteadyScroll());
-        QCOMPARE(s.stoppedCount, 0);
+        QVERIFY(s.release(QPoint(5, 5)) && s.isSteadyScroll() && s.stoppedCount == 0);
     }
 
     void dragFollowsTheFingerAndSamplesItsSpeed()
@@ -412,10 +408,6 @@ private slots:
         s.setMaxOffset(QPoint(200, 300));
         s.setTargetOffset(QPoint(500, -20), false, 0.0f, true);
         QVERIFY(s.m_offset == QPoint(200, 0) && s.stoppedCount == 0);
-        // m_animated off: an animated request jumps as well, and reports the end.
-        s.m_animated = false;
-        s.setTargetOffset(QPoint(0, 120), true, 0.0f, true);
-        QVERIFY(s.m_offset == QPoint(0, 120) && s.stoppedCount == 1 && s.isSteadyScroll());
 
         // Animated: ramps up by 5 per frame, never past maxSpeed, and lands exactly.
         Scroller a;
@@ -454,26 +446,22 @@ private slots:
         QVERIFY(v.isSteadyScroll());
     }
 
-    void stoppingResettingAndTheFrameRate()
+    void stoppingAndResetting()
     {
         Scroller s;
         s.stopScrolling();
         QVERIFY(s.stoppedCount == 0 && s.getLastFrameRate() == 0.0);
+        // Without animation an animated request jumps and stopping reports the end.
         s.m_animated = false;
+        s.setTargetOffset(QPoint(0, 120), true, 0.0f, true);
+        QVERIFY(s.m_offset == QPoint(0, 120) && s.stoppedCount == 1 && s.isSteadyScroll());
         s.stopScrolling();
-        QVERIFY(s.stoppedCount == 1 && s.getLastFrameRate() >= 1.0);
+        QVERIFY(s.stoppedCount == 2 && s.getLastFrameRate() >= 1.0);
 
-        // With the switch on the machine still stops cleanly.
-        KineticScroll::s_bShowFrameRate = true;
         Scroller f;
         f.setMaxOffset(QPoint(0, 1000));
         f.resetOffset(QPoint(0, 400));
         QVERIFY(f.moves.isEmpty());  // resetOffset moves nothing
-        f.setTargetOffset(QPoint(0, 100), true, 0.0f, true);
-        QCOMPARE(f.runFrames().last(), 100);
-        KineticScroll::s_bShowFrameRate = false;
-        QVERIFY(f.stoppedCount == 1 && f.getLastFrameRate() >= 1.0);
-
         f.setTargetOffset(QPoint(0, 800), true, 0.0f, true);
         f.runFrames(2);
         f.reset();

@@ -13,25 +13,9 @@
 namespace {
 
 const QChar kEllipsis(0x2026);
-const QRgb kWhite = qRgb(255, 255, 255);
-
-class CountingSurface : public QWidget
-{
-public:
-    int paints = 0;
-
-protected:
-    void paintEvent(QPaintEvent*) override { ++paints; }
-};
-
-QImage render(CTavoWidget& widget, QRgb background = kWhite)
-{
-    QImage image(320, 200, QImage::Format_RGB32);
-    image.fill(background);
-    QPainter painter(&image);
-    widget.paint(&painter);
-    return image;
-}
+using TextTest::CountingSurface;
+using TextTest::kWhite;
+using TextTest::render;
 
 // Pixels clearly red (r), blue (b) or black (k).
 int count(const QImage& image, char colour)
@@ -183,9 +167,8 @@ private slots:
         QVERIFY(h0 > 0);
         // The empty middle line keeps one blank line's height.
         QCOMPARE(paragraph.line(1)->text(), QString(" "));
-        QCOMPARE(paragraph.line(2)->top(), 7 + 2 * h0);
-        QCOMPARE(paragraph.actualSize().height(), 3 * h0);
-        QCOMPARE(paragraph.height(), 3 * h0);
+        QCOMPARE((QList<int>{paragraph.line(2)->top(), paragraph.actualSize().height(), paragraph.height()}),
+                 (QList<int>{7 + 2 * h0, 3 * h0, 3 * h0}));
         const QRect ink = TextTest::inkBox(render(paragraph), kWhite);
         QVERIFY(ink.top() >= 7 && ink.bottom() < 7 + 3 * h0 && ink.height() > 2 * h0);
         paragraph.move(25, 40);
@@ -217,12 +200,10 @@ private slots:
         QSignalSpy resized(&paragraph, &CTavoParagraph::contentsSizeChanged);
         const QString html = "<p><b>Call</b> from <u>Anna</u></p><p>second paragraph of text</p>";
         paragraph.setText(html);
-        QVERIFY(paragraph.showsHtml() && paragraph.image());
-        QCOMPARE(resized.count(), 1);
+        QVERIFY(paragraph.showsHtml() && paragraph.image() && resized.count() == 1);
         const QImage& image = *paragraph.image();
-        QCOMPARE(image.width(), 240);
-        QVERIFY(image.height() > 30); // two paragraphs
-        QCOMPARE(paragraph.height(), image.height());
+        // Two paragraphs.
+        QVERIFY(image.width() == 240 && image.height() > 30 && paragraph.height() == image.height());
         // A transparent page with white text by the default sheet.
         const int ink = TextTest::inked(image, image.rect(), 0u);
         QVERIFY(ink > 100 && ink < image.width() * image.height() / 2);

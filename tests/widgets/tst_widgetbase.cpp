@@ -7,7 +7,6 @@
 
 #include "style/CTavoStyleSheet.h"
 #include "style/CTavoWidgetStyle.h"
-#include "widgets/CTavoObject.h"
 #include "widgets/CTavoWidget.h"
 
 // Records what the base hands to the overridable hooks.
@@ -71,22 +70,6 @@ private slots:
     void init() { CTavoWidgetStyle::resetScaling(); }
     void cleanup() { qDeleteAll(findChildren<CTestWidget*>()); }
 
-    void baseTakesNoEventsAndOnlyStores()
-    {
-        CTavoObject object(nullptr, QRect(5, 6, 10, 20));
-        CTestWidget widget(nullptr, 1, 2, 30, 40);
-        QVERIFY(!object.isVisible() && widget.isVisible() && widget.isEnabled() && widget.isFocusable());
-        for (QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease, QEvent::MouseButtonDblClick,
-                                  QEvent::MouseMove, QEvent::KeyPress, QEvent::KeyRelease}) {
-            QVERIFY(!object.handleEvent(type, QPoint(7, 7)) && !object.handleEvent(type, 3));
-            QVERIFY(!widget.handleEvent(type, QPoint(2, 3)) && !widget.handleEvent(type, 3));
-        }
-        object.move(100, 200);
-        QCOMPARE(object.rect(), QRect(100, 200, 10, 20));
-        object.setFocused(true);
-        QVERIFY(object.isFocused());
-    }
-
     void geometryFollowsTheDesignSize()
     {
         CTestWidget widget(nullptr, 10, 10, 15, 25);
@@ -137,22 +120,18 @@ private slots:
         CTestWidget* widget = styled("CTestWidget { size: 100x40; location: 10:20; padding: 2; margin: 1; "
                                      "border: 3px solid #ff0000; render-quality: highq; layout-type: vertical; "
                                      "size-minimum: 50x10; up-duration: 200; }");
-        QCOMPARE(widget->layouts, 1);
-        QCOMPARE(widget->geo(), QRect(10, 20, 100, 40));
-        QCOMPARE(widget->designSize(), QSize(100, 40));
-        QCOMPARE(widget->renderQuality(), 1);
-        QCOMPARE(widget->minimumSize(), QSize(50, 10));
-        QCOMPARE(widget->maximumSize(), QSize(50, 10));
-        QCOMPARE(widget->borderPen().color(), QColor(255, 0, 0));
+        QCOMPARE((QVariantList{widget->layouts, widget->geo(), widget->designSize(), widget->renderQuality(),
+                               widget->minimumSize(), widget->maximumSize(), widget->borderPen().color(),
+                               widget->lastLayoutRect()}),
+                 (QVariantList{1, QRect(10, 20, 100, 40), QSize(100, 40), 1, QSize(50, 10), QSize(50, 10),
+                               QColor(255, 0, 0), QRect(10, 20, 100, 40)}));
         QCOMPARE(widget->property("contentRect").toRect(), m_sheet.get("CTestWidget")->contentRect(widget->geo()));
         QVERIFY(widget->contentRect().width() < 100);
-        QCOMPARE(widget->lastLayoutRect(), QRect(10, 20, 100, 40));
 
         // A silent block: defaults, the minimum is the present size.
         widget = styled("CTestWidget { color: red; }");
-        QCOMPARE(widget->layoutType(), 1);
-        QCOMPARE(widget->renderQuality(), 2);
-        QCOMPARE(widget->maximumSize(), QSize(10, 10));
+        QCOMPARE((QVariantList{widget->layoutType(), widget->renderQuality(), widget->maximumSize()}),
+                 (QVariantList{1, 2, QSize(10, 10)}));
         QVERIFY(!widget->backgroundBrush() && widget->backgroundImage().isNull() && !widget->pressAnimation());
 
         // No size anywhere: the minimum fills a zero box.
