@@ -1,11 +1,22 @@
 // The malloc interposer behind BenchSupport.h.
 #include "BenchSupport.h"
 
+#include <QFontDatabase>
+
 #include <cstddef>
 #include <malloc.h>
 
 std::atomic<long long> g_allocations{0};
 std::atomic<long long> g_liveBytes{0};
+
+QFont benchFont(int pixelSize)
+{
+    const int id = QFontDatabase::addApplicationFont(
+        QStringLiteral("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"));
+    QFont font(QFontDatabase::applicationFontFamilies(id).value(0, QStringLiteral("DejaVu Sans")));
+    font.setPixelSize(pixelSize);
+    return font;
+}
 
 #ifndef BENCH_NO_MALLOC_HOOKS
 extern "C" {

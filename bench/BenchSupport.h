@@ -3,6 +3,7 @@
 // malloc interposer, so allocations of Qt and of the library are seen too.
 // Under AddressSanitizer the sanitizer owns malloc and nothing is counted.
 #include <QElapsedTimer>
+#include <QFont>
 
 #include <atomic>
 
@@ -40,3 +41,7 @@ BenchRun benchFrames(int warm, int frames, Frame frame)
     run.allocationsPerFrame = double(g_allocations.load() - before) / frames;
     return run;
 }
+
+// DejaVu Sans loaded from its file at `pixelSize`, so figures do not move with
+// the machine's font configuration. Needs a QGuiApplication.
+QFont benchFont(int pixelSize);

@@ -91,10 +91,7 @@ int main(int argc, char** argv)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
 
-    const int id = QFontDatabase::addApplicationFont(
-        QStringLiteral("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"));
-    QFont font(QFontDatabase::applicationFontFamilies(id).value(0, QStringLiteral("DejaVu Sans")));
-    font.setPixelSize(15);
+    const QFont font = benchFont(15);
 
     // One raster icon file, shared by both grids.
     QTemporaryDir dir;

@@ -61,10 +61,7 @@ int main(int argc, char** argv)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
 
-    const int id = QFontDatabase::addApplicationFont(
-        QStringLiteral("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"));
-    QFont font(QFontDatabase::applicationFontFamilies(id).value(0, QStringLiteral("DejaVu Sans")));
-    font.setPixelSize(13);
+    const QFont font = benchFont(13);
     const QColor text(230, 230, 230);
     const QColor background(20, 30, 40);
 
