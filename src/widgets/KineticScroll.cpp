@@ -93,6 +93,18 @@ QPoint globalPosOf(const QMouseEvent* e)
     return QPoint(roundSat(p.x()), roundSat(p.y()));
 }
 
+// Common entry of the mouse handlers: the event is left unaccepted for the
+// owner, and only left-button events that are not our own replayed click go on.
+bool takesMouseEvent(QMouseEvent* event, bool leftButton, QList<QEvent*>& ignoreList)
+{
+    if (!event)
+        return false;
+    event->setAccepted(false);
+    if (!leftButton)
+        return false;
+    return ignoreList.removeAll(event) == 0;
+}
+
 QPoint clampToRange(const QPoint& p, const QPoint& max)
 {
     return QPoint(qMax(0, qMin(max.x(), p.x())), qMax(0, qMin(max.y(), p.y())));
@@ -487,15 +499,8 @@ void KineticScroll::updateSpeedEstimate(const QPoint& delta)
 
 void KineticScroll::handleMousePress(QMouseEvent* event)
 {
-    if (!event)
+    if (!takesMouseEvent(event, event && event->button() == Qt::LeftButton, d->ignoreList))
         return;
-    event->setAccepted(false);
-    if (event->button() != Qt::LeftButton)
-        return;
-    if (d->ignoreList.contains(event)) {
-        d->ignoreList.removeAll(event);
-        return;
-    }
     d->pressPos = globalPosOf(event);
 
     if (d->state == Steady) {
@@ -517,15 +522,8 @@ void KineticScroll::handleMousePress(QMouseEvent* event)
 
 void KineticScroll::handleMouseMove(QMouseEvent* event)
 {
-    if (!event)
+    if (!takesMouseEvent(event, event && (event->buttons() & Qt::LeftButton), d->ignoreList))
         return;
-    event->setAccepted(false);
-    if (!(event->buttons() & Qt::LeftButton))
-        return;
-    if (d->ignoreList.contains(event)) {
-        d->ignoreList.removeAll(event);
-        return;
-    }
 
     const QPoint globalPos = globalPosOf(event);
     const QPoint drag = subtract(globalPos, d->pressPos);
@@ -573,15 +571,8 @@ void KineticScroll::handleMouseMove(QMouseEvent* event)
 
 void KineticScroll::handleMouseRelease(QMouseEvent* event)
 {
-    if (!event)
+    if (!takesMouseEvent(event, event && event->button() == Qt::LeftButton, d->ignoreList))
         return;
-    event->setAccepted(false);
-    if (event->button() != Qt::LeftButton)
-        return;
-    if (d->ignoreList.contains(event)) {
-        d->ignoreList.removeAll(event);
-        return;
-    }
 
     const QPoint globalPos = globalPosOf(event);
 
