@@ -20,6 +20,30 @@ if(TGUI_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
+# One of our builds of the phone's closed libraries under platform/NAME:
+#   tgui_platform_library(NAME HEADERS h...)
+# hidden symbols but for NAME_EXPORT (generated NAME_export.h), the alias TGUI::NAME,
+# and its headers installed under include/TGUILib/NAME/.
+function(tgui_platform_library name)
+  cmake_parse_arguments(P "" "" "HEADERS" ${ARGN})
+  string(TOUPPER ${name} upper)
+  add_library(TGUI::${name} ALIAS ${name})
+  set_target_properties(${name} PROPERTIES
+    AUTOMOC OFF VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
+    CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  include(GenerateExportHeader)
+  set(gen ${PROJECT_BINARY_DIR}/include/${name})
+  generate_export_header(${name} BASE_NAME ${upper} EXPORT_FILE_NAME ${gen}/${name}_export.h)
+  target_include_directories(${name} PUBLIC
+    $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>
+    $<BUILD_INTERFACE:${gen}>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/TGUILib/${name}>)
+  target_link_libraries(${name} PRIVATE tgui_warnings)
+  list(TRANSFORM P_HEADERS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+  set_property(GLOBAL APPEND PROPERTY TGUI_PLATFORM_LIBRARIES ${name})
+  set_target_properties(${name} PROPERTIES TGUI_PUBLIC_HEADERS "${P_HEADERS};${gen}/${name}_export.h")
+endfunction()
+
 # Adds every sub-folder of DIR that has its own CMakeLists.txt.
 function(tgui_add_subdirs dir)
   file(GLOB children LIST_DIRECTORIES true "${CMAKE_CURRENT_SOURCE_DIR}/${dir}/*")
@@ -33,12 +57,12 @@ endfunction()
 
 set(TGUI_TEST_ENV
     "QT_QPA_PLATFORM=offscreen"
-    "TGUI_SOURCE_DIR=${CMAKE_SOURCE_DIR}"
-    "TGUI_RUN_DIR=${CMAKE_SOURCE_DIR}/run"
-    "TGUI_BIN_DIR=${CMAKE_BINARY_DIR}/bin"
+    "TGUI_SOURCE_DIR=${PROJECT_SOURCE_DIR}"
+    "TGUI_RUN_DIR=${PROJECT_SOURCE_DIR}/run"
+    "TGUI_BIN_DIR=${PROJECT_BINARY_DIR}/bin"
     "ASAN_OPTIONS=detect_leaks=1:abort_on_error=1:strict_string_checks=1:detect_stack_use_after_return=0"
     "UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1"
-    "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0")
+    "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0")
 
 # One QtTest executable per source file: tgui_add_qtest(NAME src... [LIBS lib...] [TIMEOUT s])
 function(tgui_add_qtest name)
@@ -46,7 +70,7 @@ function(tgui_add_qtest name)
   add_executable(${name} ${T_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PRIVATE TGUILib Qt5::Test tgui_warnings ${T_LIBS})
   target_compile_definitions(${name} PRIVATE
-      TGUI_SOURCE_DIR="${CMAKE_SOURCE_DIR}" TGUI_BIN_DIR="${CMAKE_BINARY_DIR}/bin")
+      TGUI_SOURCE_DIR="${PROJECT_SOURCE_DIR}" TGUI_BIN_DIR="${PROJECT_BINARY_DIR}/bin")
   add_test(NAME ${name} COMMAND ${name})
   if(NOT T_TIMEOUT)
     set(T_TIMEOUT 300)

@@ -1,4 +1,5 @@
 #pragma once
+#include "txml_export.h"
 // What every parsed TXML document has: the flags word, the event URI with its
 // type and flag numbers, and the pairs of the event's data text.
 #include <cstddef>
@@ -8,7 +9,7 @@
 #include "CTXMLUriParser.h"
 #include "TxmlTypes.h"
 
-class CTXML
+class TXML_EXPORT CTXML
 {
 public:
     unsigned int flags;               // TxmlFlagsT bits of what the document holds

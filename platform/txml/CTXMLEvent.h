@@ -1,4 +1,5 @@
 #pragma once
+#include "txml_export.h"
 // An event that a GUI sends to the core: a URI, a type and a flag number, and
 // a data text in the pair syntax. serialize() gives the TXML document.
 #include <cstring>
@@ -7,7 +8,7 @@
 #include "CTXMLUriLib.h"
 #include "TxmlTypes.h"
 
-class CTXMLEvent
+class TXML_EXPORT CTXMLEvent
 {
 public:
     char uri[TXML_URI_SIZE];

@@ -1,10 +1,11 @@
 #pragma once
+#include "txml_export.h"
 // The content of a flyout: up to TXML_MAX_FLYOUT_ITEMS items in order.
 #include <vector>
 
 #include "CTXMLFlyoutItem.h"
 
-class CTXMLFlyoutCluster
+class TXML_EXPORT CTXMLFlyoutCluster
 {
 public:
     CTXMLFlyoutCluster() = default;

@@ -1,10 +1,11 @@
 #pragma once
+#include "txml_export.h"
 // One row of a flyout: a label with an icon that sends its URL when chosen.
 // A divider is an item whose texts are all "GROUPDIV".
 #include "CTXMLIcon.h"
 #include "TxmlTypes.h"
 
-class CTXMLFlyoutItem
+class TXML_EXPORT CTXMLFlyoutItem
 {
 public:
     char label[TXML_LABEL_SIZE];          // first text (UTF-8)

@@ -1,9 +1,10 @@
 #pragma once
+#include "txml_export.h"
 // An icon as a document names it: a number of the phone's icon enumeration,
 // optionally a file and a list of further icon numbers.
 #include "TxmlTypes.h"
 
-class CTXMLIcon
+class TXML_EXPORT CTXMLIcon
 {
 public:
     // Numbers of the phone's icon enumeration (0 .. 521); the rows between

@@ -1,10 +1,11 @@
 #pragma once
+#include "txml_export.h"
 // A line key: a key of the phone's line row (lines, speed dials, BLF...).
 // The label travels in Base64 so that any text survives the pair syntax.
 #include "CTXMLIcon.h"
 #include "TxmlTypes.h"
 
-class CTXMLLineKey
+class TXML_EXPORT CTXMLLineKey
 {
 public:
     int kind;                          // 1 line, 2 call park, 4 speed dial, 5 shared line,

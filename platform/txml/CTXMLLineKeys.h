@@ -1,10 +1,11 @@
 #pragma once
+#include "txml_export.h"
 // The line keys of a document, in order, up to TXML_MAX_LINE_KEYS.
 #include <vector>
 
 #include "CTXMLLineKey.h"
 
-class CTXMLLineKeys
+class TXML_EXPORT CTXMLLineKeys
 {
 public:
     int count() const { return static_cast<int>(m_keys.size()); }

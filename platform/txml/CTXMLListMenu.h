@@ -1,9 +1,10 @@
 #pragma once
+#include "txml_export.h"
 // One entry of a list menu document: a labelled row that sends its URL.
 #include "CTXMLIcon.h"
 #include "TxmlTypes.h"
 
-class CTXMLListMenu
+class TXML_EXPORT CTXMLListMenu
 {
 public:
     char label[TXML_LABEL_SIZE];       // UTF-8

@@ -1,4 +1,5 @@
 #pragma once
+#include "txml_export.h"
 // The parsed form of a simulator document: an event whose URI is one of the
 // qws types (CTXMLUriLib::qwsType) with its pairs. Same grammar as CTXMLRoot;
 // other elements are skipped.
@@ -6,7 +7,7 @@
 
 #include "CTXML.h"
 
-class CTXMLQws : public CTXML
+class TXML_EXPORT CTXMLQws : public CTXML
 {
 public:
     CTXMLQws() = default;

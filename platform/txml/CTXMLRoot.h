@@ -1,4 +1,5 @@
 #pragma once
+#include "txml_export.h"
 // The parsed form of one TXML document from the core. A parse replaces the
 // whole content; a document that is not well formed leaves the flags clear.
 // Grammar: docs/txml.md.
@@ -16,7 +17,7 @@ struct TranslationT {
     char value[TXML_TRANSLATION_SIZE];
 };
 
-class CTXMLRoot : public CTXML
+class TXML_EXPORT CTXMLRoot : public CTXML
 {
 public:
     unsigned int appStatus;                  // GuiAppsT mask (flag TXML_FLAG_APPSTATUS)

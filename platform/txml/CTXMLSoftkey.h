@@ -1,11 +1,12 @@
 #pragma once
+#include "txml_export.h"
 // One key of a softkey document. The URL is the key's identity: pressing the
 // key sends it; a value list makes the key a choice key with a flyout.
 #include "CTXMLFlyoutCluster.h"
 #include "CTXMLIcon.h"
 #include "TxmlTypes.h"
 
-class CTXMLSoftkey
+class TXML_EXPORT CTXMLSoftkey
 {
 public:
     enum SoftkeyTypeT : int { SoftkeyNormal = 0, SoftkeyPermanent = 1, SoftkeyContextSensitive = 2,

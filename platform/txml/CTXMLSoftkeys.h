@@ -1,9 +1,10 @@
 #pragma once
+#include "txml_export.h"
 // A softkey document: always exactly TXML_MAX_SOFTKEYS (20) entries, of which
 // the first `count` are used.
 #include "CTXMLSoftkey.h"
 
-class CTXMLSoftkeys
+class TXML_EXPORT CTXMLSoftkeys
 {
 public:
     int setId;                        // header: number of the key set, 0 when not given

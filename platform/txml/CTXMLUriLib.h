@@ -1,4 +1,5 @@
 #pragma once
+#include "txml_export.h"
 // The numbered vocabulary of TXML: URI types (keys and events) and variable
 // names (the names of the pair syntax). The numbers are the phone's; the
 // texts are this library's and are listed in docs/txml.md. An instance also
@@ -93,7 +94,7 @@ enum TxmlQwsType_T : int {
     TxmlQwsKey = 3                   // inject a key
 };
 
-class CTXMLUriLib
+class TXML_EXPORT CTXMLUriLib
 {
 public:
     CTXMLUriLib() = default;

@@ -1,4 +1,5 @@
 #pragma once
+#include "txml_export.h"
 // Parser of the pair syntax "name=value;name=value". Parts are split at ";",
 // empty parts are skipped, name and value are trimmed of blanks and the
 // %XX escapes of both are decoded. A part without "=" is a name with an
@@ -16,12 +17,12 @@ struct PairT {
 };
 // Parses text[0..length) into pairs[0..capacity); returns the count and
 // sets remaining to the unparsed bytes. Never reads beyond length.
-int parsePairs(const char* text, std::size_t length, PairT* pairs, int capacity,
+TXML_EXPORT int parsePairs(const char* text, std::size_t length, PairT* pairs, int capacity,
                int* remaining);
 }  // namespace txml
 
 template <int N>
-class CTXMLUriParser
+class TXML_EXPORT CTXMLUriParser
 {
 public:
     CTXMLUriParser() { reset(); }

@@ -1,4 +1,5 @@
 #pragma once
+#include "txml_export.h"
 // Sizes and small enumerations shared by the TXML document classes. Every
 // text field is a fixed buffer; the sizes count UTF-8 bytes including the
 // terminating NUL, and a text that does not fit is cut at a character edge.
@@ -51,11 +52,11 @@ enum tavoElementTypeT : int { tavoElementNone = 0, tavoElementSoftkeys = 1, tavo
 namespace txml {
 // Copies src into dst[size] and always terminates; a cut never splits a UTF-8
 // sequence. Returns false when the text had to be cut. Null src gives "".
-bool copyText(char* dst, std::size_t size, const char* src);
-bool copyText(char* dst, std::size_t size, const char* src, std::size_t length);
+TXML_EXPORT bool copyText(char* dst, std::size_t size, const char* src);
+TXML_EXPORT bool copyText(char* dst, std::size_t size, const char* src, std::size_t length);
 // Appends like copyText; returns false when cut.
-bool appendText(char* dst, std::size_t size, const char* src);
+TXML_EXPORT bool appendText(char* dst, std::size_t size, const char* src);
 // Length of the longest prefix of text[0..length) that fits in limit bytes
 // without splitting a UTF-8 sequence.
-std::size_t utf8Fit(const char* text, std::size_t length, std::size_t limit);
+TXML_EXPORT std::size_t utf8Fit(const char* text, std::size_t length, std::size_t limit);
 }  // namespace txml

@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // The frame of every message between the phone's processes and the
 // appDefs... functions that build and test it. Shared with the peer
 // processes, so the layout is wire format: raw memory, device byte order.
@@ -54,23 +55,23 @@ enum { GuiAppsCount = 12 };
 
 // Name of the peer, or null when none of the low 12 bits is set. With several
 // bits set, the highest of them names the peer.
-const char* appDefsName(GuiAppsT app);
+TGUI_EXPORT const char* appDefsName(GuiAppsT app);
 // The bit of the peer whose name equals the text exactly, or 0.
-GuiAppsT appDefsType(const char* name);
+TGUI_EXPORT GuiAppsT appDefsType(const char* name);
 // Finds the first peer of the table whose name occurs in the registration
 // text, stores its bit in app, its name in name (strncpy, nameLen) and the text
 // from offset strlen(text) - strlen(name) + 1 in extra (strncpy, extraLen).
 // Returns app; with no peer found nothing is touched.
-GuiAppsT appDefsParseRegsitration(const char* text, GuiAppsT& app, char* name, char* extra,
+TGUI_EXPORT GuiAppsT appDefsParseRegsitration(const char* text, GuiAppsT& app, char* name, char* extra,
                                   int nameLen, int extraLen);
-void appDefsAssembleHdr(GuiAppsMsgHdrT& hdr, GuiAppsT source, GuiAppsT destination, int length,
+TGUI_EXPORT void appDefsAssembleHdr(GuiAppsMsgHdrT& hdr, GuiAppsT source, GuiAppsT destination, int length,
                         GuiAppsMsgTypeT type);
 // Non-zero for a valid header; 0 for an invalid one or a null pointer.
-int appDefsIsValidHdr(const GuiAppsMsgHdrT* hdr);
+TGUI_EXPORT int appDefsIsValidHdr(const GuiAppsMsgHdrT* hdr);
 // Non-zero and the fields filled for a valid header; 0 and outputs untouched otherwise.
-int appDefsParseHeader(const void* raw, GuiAppsT& source, GuiAppsT& destination, int& length,
+TGUI_EXPORT int appDefsParseHeader(const void* raw, GuiAppsT& source, GuiAppsT& destination, int& length,
                        GuiAppsMsgTypeT& type);
-int appDefsHeaderLength();
+TGUI_EXPORT int appDefsHeaderLength();
 // Header plus payload in one new array, released by the caller with delete[].
-char* appDefsAssembleMessage(GuiAppsT source, GuiAppsT destination, const void* payload, int length,
+TGUI_EXPORT char* appDefsAssembleMessage(GuiAppsT source, GuiAppsT destination, const void* payload, int length,
                              GuiAppsMsgTypeT type);

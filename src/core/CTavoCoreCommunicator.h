@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // The socket of a GUI process to the core application, served by a thread of
 // its own. Connects and reconnects for ever, registers the process, cuts the
 // stream into frames and delivers those addressed to this process; frames to
@@ -26,7 +27,7 @@ struct coreComMsgT {
     bool queued;       // stands in m_queue
 };
 
-class CTavoCoreCommunicator : public QSslSocket
+class TGUI_EXPORT CTavoCoreCommunicator : public QSslSocket
 {
     Q_OBJECT
 public:

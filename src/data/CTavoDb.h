@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // The link of a GUI process to the database peer "dbs". It never touches a
 // socket: requests leave as text through tjdbRequest, which the manager sends
 // as frames of type 1, and answers come back through tjdbResponse.
@@ -9,7 +10,7 @@
 #include <QObject>
 #include <QString>
 
-class CTavoDb : public QObject
+class TGUI_EXPORT CTavoDb : public QObject
 {
     Q_OBJECT
 public:

@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // Conversion between TXML documents and the toolkit's objects. The entity
 // helpers guard the reserved characters of the pair syntax ("name=value;...").
 #include <QString>
@@ -11,7 +12,7 @@ class CTXMLLineKey;
 class CTXMLListMenu;
 class CTXMLSoftkey;
 
-class CTXMLDataConverter
+class TGUI_EXPORT CTXMLDataConverter
 {
 public:
     static QString encodeEntities(const QString& text);

@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // The central object of a GUI process. It owns the link to the core, the
 // database link, the translator and the shared document root, and turns every
 // frame from the core into a state change, a signal or a virtual call. A host
@@ -36,7 +37,7 @@ class CTavoLayoutWidget;
 class QDomNode;
 class QPropertyAnimation;
 
-class CTavoLayoutMgr : public QWidget
+class TGUI_EXPORT CTavoLayoutMgr : public QWidget
 {
     Q_OBJECT
     Q_PROPERTY(qreal spinnerRotationAngle READ spinnerRotationAngle WRITE setSpinnerRotationAngle)
@@ -270,5 +271,5 @@ private:
 
 // Sends text through the manager's link: the local link when asked for and a
 // daisy-chained screen is shown, the core link otherwise.
-void tavoToolSendAppMsg(const char* text, GuiAppsT destination, GuiAppsMsgTypeT type,
+TGUI_EXPORT void tavoToolSendAppMsg(const char* text, GuiAppsT destination, GuiAppsMsgTypeT type,
                         bool useLocal = false);

@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // A real surface behind a screen or pop-up. The elements on it are CTavoWidget
 // objects, QObject children without a window of their own: the surface paints
 // them, routes presses to the buttons directly on it, owns the sheet that
@@ -27,7 +28,7 @@ class CTavoSoftkey;
 class CTavoWidget;
 class CTavoWidgetStyle;
 
-class CTavoLayoutWidget : public QWidget
+class TGUI_EXPORT CTavoLayoutWidget : public QWidget
 {
     Q_OBJECT
 public:

@@ -1,9 +1,10 @@
 #pragma once
+#include "tgui_export.h"
 // A QLocale from a language code of the core: "fr-fr" becomes "fr_FR".
 #include <QLocale>
 #include <QString>
 
-class CTavoLocale : public QLocale
+class TGUI_EXPORT CTavoLocale : public QLocale
 {
 public:
     explicit CTavoLocale(const QString& code);

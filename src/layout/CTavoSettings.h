@@ -1,10 +1,11 @@
 #pragma once
+#include "tgui_export.h"
 // The numbered configuration variables of a process.
 #include <QMap>
 #include <QObject>
 #include <QString>
 
-class CTavoSettings : public QObject
+class TGUI_EXPORT CTavoSettings : public QObject
 {
     Q_OBJECT
 public:

@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // Translations pushed by the core replace Qt's translation files. The key of
 // a string is the disambiguation text of its tr() call.
 #include <QHash>
@@ -6,7 +7,7 @@
 #include <QTranslator>
 #include <QVector>
 
-class CTavoTranslator : public QTranslator
+class TGUI_EXPORT CTavoTranslator : public QTranslator
 {
     Q_OBJECT
 public:

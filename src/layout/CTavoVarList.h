@@ -1,11 +1,12 @@
 #pragma once
+#include "tgui_export.h"
 // Pairs in the document language's syntax: "name=value" joined by ";", values
 // entity-encoded. Reading may split at another separator (style arguments use
 // ","); serialising always writes the document form.
 #include <QMap>
 #include <QString>
 
-class CTavoVarList
+class TGUI_EXPORT CTavoVarList
 {
 public:
     explicit CTavoVarList(const QString& text = QString(), const QString& separator = QStringLiteral(";"));

@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // The process's log client as seen by guiLog: a known process name gets the
 // one queue client of the process, at level 4.
 #include <cstdarg>
@@ -7,7 +8,7 @@
 #include "log/UtilLog.h"
 #include "log/UtilLogC.h"
 
-class CTavoGuiLog
+class TGUI_EXPORT CTavoGuiLog
 {
 public:
     // `name` is looked up among "tgui", "brow", "osd", "pdc", "ec", "dbs",

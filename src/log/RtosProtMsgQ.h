@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // rtosProtMsgQ...: the phone's real-time style queue interface over POSIX
 // message queues. A description (`rtosProtMsgQInfo`) is filled first; opening
 // it gives a handle that owns the queue descriptor.
@@ -31,23 +32,23 @@ typedef LinuxProtMsgQIdT rtosProtMsgQInfo;
 // An open queue; null when opening failed.
 typedef LinuxProtMsgQIdT* rtosProtMsgQ;
 
-void rtosProtMsgQInfoZero(rtosProtMsgQInfo* info);
-void rtosProtMsgQInfoSetOptions(rtosProtMsgQInfo* info, int options);
-void rtosProtMsgQInfoSetName(rtosProtMsgQInfo* info, const char* name);
+TGUI_EXPORT void rtosProtMsgQInfoZero(rtosProtMsgQInfo* info);
+TGUI_EXPORT void rtosProtMsgQInfoSetOptions(rtosProtMsgQInfo* info, int options);
+TGUI_EXPORT void rtosProtMsgQInfoSetName(rtosProtMsgQInfo* info, const char* name);
 // Stores capacity, size and options; no system call. 0, or -1 for a null description.
-int rtosProtMsgQCreate(rtosProtMsgQInfo* info, int capacity, int messageSize, int options);
+TGUI_EXPORT int rtosProtMsgQCreate(rtosProtMsgQInfo* info, int capacity, int messageSize, int options);
 // Opens (and creates if needed) the described queue.
-rtosProtMsgQ rtosProtMsgQOpen(const rtosProtMsgQInfo* info, int mode);
+TGUI_EXPORT rtosProtMsgQ rtosProtMsgQOpen(const rtosProtMsgQInfo* info, int mode);
 // Opens the described queue only if it exists.
-rtosProtMsgQ rtosProtMsgQOpenExisting(const rtosProtMsgQInfo* info, int mode);
-int rtosProtMsgQClose(rtosProtMsgQ queue);
+TGUI_EXPORT rtosProtMsgQ rtosProtMsgQOpenExisting(const rtosProtMsgQInfo* info, int mode);
+TGUI_EXPORT int rtosProtMsgQClose(rtosProtMsgQ queue);
 // Timeouts are in ticks: negative waits for ever, 0 does not wait.
-int rtosProtMsgQSend(rtosProtMsgQ queue, const void* data, int size, int timeoutTicks,
+TGUI_EXPORT int rtosProtMsgQSend(rtosProtMsgQ queue, const void* data, int size, int timeoutTicks,
                      unsigned priority);
 // Bytes received, or -1.
-int rtosProtMsgQReceive(rtosProtMsgQ queue, void* buffer, int size, int timeoutTicks);
-int rtosProtMsgQNumMsgs(rtosProtMsgQ queue);
+TGUI_EXPORT int rtosProtMsgQReceive(rtosProtMsgQ queue, void* buffer, int size, int timeoutTicks);
+TGUI_EXPORT int rtosProtMsgQNumMsgs(rtosProtMsgQ queue);
 // Removes the queue's name from the system; open handles keep working.
-int rtosProtMsgQDelete(const rtosProtMsgQInfo* info);
-int rtosLinuxProtGetTicksPerSec();
-void rtosLinuxProtMsgQErrorShow(const char* function, const rtosProtMsgQInfo* info);
+TGUI_EXPORT int rtosProtMsgQDelete(const rtosProtMsgQInfo* info);
+TGUI_EXPORT int rtosLinuxProtGetTicksPerSec();
+TGUI_EXPORT void rtosLinuxProtMsgQErrorShow(const char* function, const rtosProtMsgQInfo* info);

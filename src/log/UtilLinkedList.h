@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // utilLinkedList...: an intrusive doubly linked list. Each entry starts with
 // its links; the caller's data follows them in the same allocation.
 #include <cstddef>
@@ -16,27 +17,27 @@ struct UtilLinkedListT
     int count;
 };
 
-void utilLinkedListInit(UtilLinkedListT* list);
+TGUI_EXPORT void utilLinkedListInit(UtilLinkedListT* list);
 // Appends at the tail.
-void utilLinkedListAdd(UtilLinkedListT* list, UtilLinkedListEntryT* entry);
+TGUI_EXPORT void utilLinkedListAdd(UtilLinkedListT* list, UtilLinkedListEntryT* entry);
 // Inserts `entry` after `after`; a null `after` inserts at the head.
-void utilLinkedListInsert(UtilLinkedListT* list, UtilLinkedListEntryT* after,
+TGUI_EXPORT void utilLinkedListInsert(UtilLinkedListT* list, UtilLinkedListEntryT* after,
                           UtilLinkedListEntryT* entry);
 // Unlinks `entry` (which must be in `list`); the caller keeps its memory.
-void utilLinkedListDel(UtilLinkedListT* list, UtilLinkedListEntryT* entry);
+TGUI_EXPORT void utilLinkedListDel(UtilLinkedListT* list, UtilLinkedListEntryT* entry);
 // Unlinks and free()s every entry: for entries allocated with malloc.
-void utilLinkedListFree(UtilLinkedListT* list);
-UtilLinkedListEntryT* utilLinkedListFirst(const UtilLinkedListT* list);
-UtilLinkedListEntryT* utilLinkedListLast(const UtilLinkedListT* list);
-UtilLinkedListEntryT* utilLinkedListNext(const UtilLinkedListEntryT* entry);
-UtilLinkedListEntryT* utilLinkedListPrev(const UtilLinkedListEntryT* entry);
+TGUI_EXPORT void utilLinkedListFree(UtilLinkedListT* list);
+TGUI_EXPORT UtilLinkedListEntryT* utilLinkedListFirst(const UtilLinkedListT* list);
+TGUI_EXPORT UtilLinkedListEntryT* utilLinkedListLast(const UtilLinkedListT* list);
+TGUI_EXPORT UtilLinkedListEntryT* utilLinkedListNext(const UtilLinkedListEntryT* entry);
+TGUI_EXPORT UtilLinkedListEntryT* utilLinkedListPrev(const UtilLinkedListEntryT* entry);
 // Entry at position n from the head (0 is the first), or null.
-UtilLinkedListEntryT* utilLinkedListNth(const UtilLinkedListT* list, int n);
+TGUI_EXPORT UtilLinkedListEntryT* utilLinkedListNth(const UtilLinkedListT* list, int n);
 // Unlinks and returns the first entry, or null when the list is empty.
-UtilLinkedListEntryT* utilLinkedListGet(UtilLinkedListT* list);
+TGUI_EXPORT UtilLinkedListEntryT* utilLinkedListGet(UtilLinkedListT* list);
 // First entry whose data `match` accepts (non-zero), or null.
-UtilLinkedListEntryT* utilLinkedListFind(const UtilLinkedListT* list,
+TGUI_EXPORT UtilLinkedListEntryT* utilLinkedListFind(const UtilLinkedListT* list,
                                          int (*match)(const void* data, const void* key),
                                          const void* key);
-int utilLinkedListCount(const UtilLinkedListT* list);
-void* utilLinkedListEntryToDataP(UtilLinkedListEntryT* entry);
+TGUI_EXPORT int utilLinkedListCount(const UtilLinkedListT* list);
+TGUI_EXPORT void* utilLinkedListEntryToDataP(UtilLinkedListEntryT* entry);

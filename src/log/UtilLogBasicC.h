@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // Abstract log: level filtering and formatting entry points; a concrete log
 // decides where records go.
 #include <cstdarg>
@@ -20,12 +21,12 @@ struct UtilLogRateLimiterT
     unsigned dropped;
 };
 
-void utilLogRateLimiterInit(UtilLogRateLimiterT* limiter, unsigned intervalMs,
+TGUI_EXPORT void utilLogRateLimiterInit(UtilLogRateLimiterT* limiter, unsigned intervalMs,
                             unsigned windowSec);
 // True if the message may pass; then *dropped takes (and clears) the drop count.
-bool utilLogRateLimiterPass(UtilLogRateLimiterT* limiter, unsigned* dropped);
+TGUI_EXPORT bool utilLogRateLimiterPass(UtilLogRateLimiterT* limiter, unsigned* dropped);
 
-class UtilLogBasicC
+class TGUI_EXPORT UtilLogBasicC
 {
 public:
     // `internalError` prints the log's own errors; null prints to standard output.

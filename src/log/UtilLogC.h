@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // The log client: sends fixed-size records to the log server's queue, filters
 // by a level that the shared configuration segment can change at run time,
 // counts what it could not deliver, and sends statistics when asked to.
@@ -9,7 +10,7 @@
 
 struct UtilLogStatsT;
 
-class UtilLogC : public UtilLogBasicC
+class TGUI_EXPORT UtilLogC : public UtilLogBasicC
 {
 public:
     UtilLogC(const char* label, int instance, UtilLogLevelT level, bool initialEntry,

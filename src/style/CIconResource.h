@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // One icon file of the icon repository, decoded lazily: a raster (type 1) or a
 // vector (type 3); type 0 when nothing was found. Missing files answer with the
 // shared placeholder. The repository frees what a resource loaded; copies of a
@@ -10,7 +11,7 @@
 class QPixmap;
 class QSvgRenderer;
 
-class CIconResource
+class TGUI_EXPORT CIconResource
 {
 public:
     CIconResource();
@@ -40,4 +41,4 @@ private:
 };
 
 // Vector icons rasterised per file, size and inversion; lives as long as the process.
-extern QMap<QString, QPixmap*> gSvgPixmapCache;
+extern TGUI_EXPORT QMap<QString, QPixmap*> gSvgPixmapCache;

@@ -1,11 +1,12 @@
 #pragma once
+#include "tgui_export.h"
 // What a widget asks to show: URL and label texts, a primary and a pressed
 // icon number (-1 for none) and further numbers.
 #include <QList>
 #include <QString>
 #include <QStringList>
 
-class CTavoIconDefinition
+class TGUI_EXPORT CTavoIconDefinition
 {
 public:
     CTavoIconDefinition();

@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // Icons by tavoIcon number or by name, from a directory chosen by the device's
 // base profile and the skin's icon family. Files are decoded on first use and kept;
 // a missing file answers with the shared placeholder. A skin may carry a style text
@@ -13,7 +14,7 @@ class QPixmap;
 
 enum { TAVO_ICON_COUNT = 522 };
 
-class CTavoIconRepository : public CTavoStyleSheet
+class TGUI_EXPORT CTavoIconRepository : public CTavoStyleSheet
 {
 public:
     static const char* const ICON_RESOURCE_DIRECTORY;
@@ -66,10 +67,10 @@ private:
     bool m_zenithIcons;
 };
 
-extern QString tavoIconNames[TAVO_ICON_COUNT];
-extern CTavoIconRepository iconRepository;
+extern TGUI_EXPORT QString tavoIconNames[TAVO_ICON_COUNT];
+extern TGUI_EXPORT CTavoIconRepository iconRepository;
 
 // Drops the loaded icons and loads a style text into the global repository.
-void updateIconResource(char* style, char* attributes);
+TGUI_EXPORT void updateIconResource(char* style, char* attributes);
 // The raster of an icon number; null below 1 or beyond the table.
-QPixmap* getIconPixmap(int number);
+TGUI_EXPORT QPixmap* getIconPixmap(int number);

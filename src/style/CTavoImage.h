@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // A handle on a picture held by the resource repository: a raster image, a
 // pixmap or a vector renderer. Two words, copied by value, never owning.
 #include <QMetaType>
@@ -20,7 +21,7 @@ enum TavoStyleTypeT
     TavoVectorImageType = 261
 };
 
-class CTavoImage
+class TGUI_EXPORT CTavoImage
 {
 public:
     CTavoImage();

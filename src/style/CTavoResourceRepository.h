@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // Owner of every decoded picture and every brush that the skins name, keyed by
 // the text that named them; style blocks and widgets keep pointers only.
 #include <QBrush>
@@ -11,7 +12,7 @@
 
 class QSvgRenderer;
 
-class CTavoResourceRepository
+class TGUI_EXPORT CTavoResourceRepository
 {
 public:
     CTavoResourceRepository();
@@ -48,4 +49,4 @@ private:
     QList<QSvgRenderer*> m_looseRenderers;
 };
 
-extern CTavoResourceRepository StyleResourceContainer;
+extern TGUI_EXPORT CTavoResourceRepository StyleResourceContainer;

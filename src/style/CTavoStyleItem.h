@@ -1,8 +1,9 @@
 #pragma once
+#include "tgui_export.h"
 // One named item of a skin file: the texts for one surface.
 #include <QString>
 
-class CTavoStyleItem
+class TGUI_EXPORT CTavoStyleItem
 {
 public:
     QString m_name;

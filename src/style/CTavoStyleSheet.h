@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // The parsed look of one surface: selector to style block, plus attributes.
 // Lookup goes over class, object name and pseudo state in a fixed order.
 #include <QList>
@@ -12,7 +13,7 @@
 class QObject;
 struct QMetaObject;
 
-class CTavoStyleSheet
+class TGUI_EXPORT CTavoStyleSheet
 {
 public:
     CTavoStyleSheet();

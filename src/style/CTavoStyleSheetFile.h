@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // A skin file: XML of named items, read with expat into a map of CTavoStyleItem.
 #include <QMap>
 #include <QString>
@@ -7,7 +8,7 @@
 
 struct XML_ParserStruct;
 
-class CTavoStyleSheetFile
+class TGUI_EXPORT CTavoStyleSheetFile
 {
 public:
     CTavoStyleSheetFile();

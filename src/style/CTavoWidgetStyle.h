@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // One style block: the typed declarations of one selector. A declaration's type
 // follows from its name (exact or suffix match on the attribute table); values
 // are converted once, at load, and scaled from the design resolution there.
@@ -72,7 +73,7 @@ enum TavoWidgetStyleAttributeNames
     TavoStyleAttributeCount
 };
 
-class CTavoWidgetStyle
+class TGUI_EXPORT CTavoWidgetStyle
 {
 public:
     CTavoWidgetStyle();

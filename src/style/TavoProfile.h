@@ -1,11 +1,12 @@
 #pragma once
+#include "tgui_export.h"
 // Which profile the phone runs and where its configuration lies.
 #include <QString>
 
 // First of "/tmp/qt.conf", "/usr/local/root/qt.conf", "qt.conf" that exists, or empty.
-QString tavoGetDefaultConfigFile();
+TGUI_EXPORT QString tavoGetDefaultConfigFile();
 // "Active" of group "Profile" in that file; without keepSuffix the first of
 // "_sfb", "_opensip", "_bsft" found is removed.
-QString tavoGetActiveProfile(bool keepSuffix);
+TGUI_EXPORT QString tavoGetActiveProfile(bool keepSuffix);
 // The same, from a given profile file; an empty path gives an empty profile.
-QString tavoReadActiveProfile(const QString& file, bool keepSuffix);
+TGUI_EXPORT QString tavoReadActiveProfile(const QString& file, bool keepSuffix);

@@ -1,15 +1,16 @@
 #pragma once
+#include "tgui_export.h"
 // Process-wide switches that the core sets through configuration pairs and
 // that widgets read when they decide how to behave.
 
 // Test automation: the UI report and the typed-text commands only act while set.
-void tavoToolSetTestAutomationFlag(bool on);
-bool tavoToolGetTestAutomationFlag();
+TGUI_EXPORT void tavoToolSetTestAutomationFlag(bool on);
+TGUI_EXPORT bool tavoToolGetTestAutomationFlag();
 
 // 24-hour clock.
-void tavoToolSet24HrsFormat(bool on);
-bool tavoToolGet24HrsFormat();
+TGUI_EXPORT void tavoToolSet24HrsFormat(bool on);
+TGUI_EXPORT bool tavoToolGet24HrsFormat();
 
 // Predictive text entry.
-void tavoToolsSetXt9Enabled(bool on);
-bool tavoToolsGetXt9Enabled();
+TGUI_EXPORT void tavoToolsSetXt9Enabled(bool on);
+TGUI_EXPORT bool tavoToolsGetXt9Enabled();

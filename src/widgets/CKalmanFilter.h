@@ -1,8 +1,9 @@
 #pragma once
+#include "tgui_export.h"
 // One-dimensional Kalman filter: smooths a jittery coordinate (the pointer of
 // the text magnifier) without lagging far behind it.
 
-class CKalmanFilter
+class TGUI_EXPORT CKalmanFilter
 {
 public:
     CKalmanFilter(float q, float r);

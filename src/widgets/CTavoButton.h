@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // The composite most of a screen is made of: a styled box with a main label,
 // an alternative label and an icon, defined by a settings record. A press is
 // reported as two strings, a URL and a data word; the core decides what it means.
@@ -18,7 +19,7 @@ class CTavoIcon;
 class CTavoLabelWidget;
 class CTavoWidgetStyle;
 
-class CTavoButton : public CTavoWidget
+class TGUI_EXPORT CTavoButton : public CTavoWidget
 {
     Q_OBJECT
 

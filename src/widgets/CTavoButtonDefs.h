@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // The phone's physical keys: Qt key code, key function and the URL a key
 // sends ("Key:name-number"). One table, searched linearly; several names stand
 // more than once, for other Qt codes of the same key.
@@ -73,7 +74,7 @@ enum SoKeyFuncT : int {
     SoKeyUnknown = 152
 };
 
-class CTavoButtonDefs
+class TGUI_EXPORT CTavoButtonDefs
 {
 public:
     struct KeyDefT

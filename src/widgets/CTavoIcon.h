@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // An icon of the repository, a row of icons, a label, or an icon with a small
 // label beside or over it; it can rotate (a spinner). Pixmaps belong to the
 // repository: the icon only keeps pointers to them.
@@ -14,7 +15,7 @@
 
 class CTavoIconLabel;
 
-class CTavoIcon : public CTavoWidget
+class TGUI_EXPORT CTavoIcon : public CTavoWidget
 {
     Q_OBJECT
     Q_PROPERTY(qreal rotationAngle READ rotationAngle WRITE setRotationAngle)

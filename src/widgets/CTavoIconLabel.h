@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // The small label of an icon: a count or a short text on a background image.
 // Texts longer than two characters always take the big background.
 #include <QPoint>
@@ -7,7 +8,7 @@
 #include "style/CTavoImage.h"
 #include "widgets/CTavoLabelWidget.h"
 
-class CTavoIconLabel : public CTavoLabelWidget
+class TGUI_EXPORT CTavoIconLabel : public CTavoLabelWidget
 {
     Q_OBJECT
 

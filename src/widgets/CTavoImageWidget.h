@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // One picture handed over as an image or as base64 JPEG text; the skin's
 // "default-image" shows while there is none.
 #include <QByteArray>
@@ -7,7 +8,7 @@
 #include "style/CTavoImage.h"
 #include "widgets/CTavoWidget.h"
 
-class CTavoImageWidget : public CTavoWidget
+class TGUI_EXPORT CTavoImageWidget : public CTavoWidget
 {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // One styled text box. The text is prepared once into a QTextLayout when the
 // text, font or box changes; painting only draws that layout. The font may
 // shrink to fit, a range may be highlighted, and a one-pixel shadow drawn.
@@ -16,7 +17,7 @@ class QFontMetrics;
 class QPainter;
 class CTavoParagraph;
 
-class CTavoLabelWidget : public CTavoWidget
+class TGUI_EXPORT CTavoLabelWidget : public CTavoWidget
 {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // The root of the painted object tree: a QObject that is its own geometry.
 // No window-system identity; a surface or a view paints and hit-tests it.
 #include <QEvent>
@@ -6,7 +7,7 @@
 #include <QPoint>
 #include <QRect>
 
-class CTavoObject : public QObject, public QRect
+class TGUI_EXPORT CTavoObject : public QObject, public QRect
 {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // Several lines of text. Plain text becomes one child label per line, stacked
 // downwards; HTML is rendered once, off-screen, through one web page shared by
 // all paragraphs, and painted from the cached image. The line labels are kept
@@ -12,7 +13,7 @@ class QImage;
 class QTextDocument;
 class QWebPage;
 
-class CTavoParagraph : public CTavoLabelWidget
+class TGUI_EXPORT CTavoParagraph : public CTavoLabelWidget
 {
     Q_OBJECT
 

@@ -1,11 +1,12 @@
 #pragma once
+#include "tgui_export.h"
 // A button as wide as its text plus the style's horizontal padding; focused
 // or pressed it shows as a flat box.
 #include <QString>
 
 #include "widgets/CTavoButton.h"
 
-class CTavoVarWidthButton : public CTavoButton
+class TGUI_EXPORT CTavoVarWidthButton : public CTavoButton
 {
     Q_OBJECT
 

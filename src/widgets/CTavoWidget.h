@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // The base of every painted element: geometry against a design size, pseudo
 // states, style attachment, press cross-fade, show animation and backgrounds.
 // Style is read in layout() only; paint() uses what layout prepared.
@@ -21,7 +22,7 @@ class QWidget;
 class CTavoStyleSheet;
 class CTavoWidgetStyle;
 
-class CTavoWidget : public CTavoObject
+class TGUI_EXPORT CTavoWidget : public CTavoObject
 {
     Q_OBJECT
     Q_PROPERTY(QRect contentRect READ contentRect WRITE setContentRect)

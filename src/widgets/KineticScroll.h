@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // KineticScroll: finger scrolling for a scrollable object. A mix-in without a
 // Qt base: the owner feeds it its raw mouse events, implements scrollOffset()
 // and setScrollOffset(), and calls restartAutoScroll() at the end of every
@@ -17,9 +18,9 @@ class QMouseEvent;
 class QWidget;
 
 // "No target": only when both components match.
-extern const QPoint NoTargetOffset;
+extern TGUI_EXPORT const QPoint NoTargetOffset;
 
-class KineticScroll
+class TGUI_EXPORT KineticScroll
 {
 public:
     enum State {

@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // The state of one KineticScroll, kept out of the mix-in so that owners
 // (views, flyout clusters) stay small and binary-stable.
 #include <QList>
@@ -11,7 +12,7 @@
 class KineticScrollTicker;
 class QEvent;
 
-class KineticScrollPrivate
+class TGUI_EXPORT KineticScrollPrivate
 {
 public:
     KineticScrollPrivate();

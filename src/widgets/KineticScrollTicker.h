@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // Frame source of KineticScroll. Frames are paced by painting: every frame is
 // armed once (by the first frame of a movement or by the owner's paint) and
 // fires once. Between frames of one movement the Qt timer stays registered at
@@ -10,7 +11,7 @@
 
 class KineticScroll;
 
-class KineticScrollTicker : public QObject
+class TGUI_EXPORT KineticScrollTicker : public QObject
 {
     Q_OBJECT
 

@@ -1,4 +1,5 @@
 #pragma once
+#include "tgui_export.h"
 // What defines a button: its identity, URLs, labels, icon and priority, as a
 // document delivers them. Compared as a whole so that an unchanged key is
 // not rebuilt.
@@ -7,7 +8,7 @@
 #include "TxmlTypes.h"
 #include "style/CTavoIconDefinition.h"
 
-class TavoButtonSettings
+class TGUI_EXPORT TavoButtonSettings
 {
 public:
     TavoButtonSettings();
