@@ -10,11 +10,13 @@ bash "$root/scripts/setup.sh"
 
 build="${TGUI_DEMO_BUILD:-$root/build/release}"
 cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_TESTING=OFF >/dev/null
-cmake --build "$build" --target zedagui tgui-core
+cmake --build "$build" --target zedagui tgui-core tgui-child
 
 out="${TGUI_DEMO_OUT:-$root/out/screens}"
 scenario="${TGUI_DEMO_SCENARIO:-scenarios/demo.txt}"
 cd "$root/run"
+# zedagui supervises this child (AutoStart in Skins/default.conf) as "./tgui-child".
+ln -sfn "$build/bin/tgui-child" tgui-child
 mkdir -p "$out"
 rm -f "$out"/*.png "$out"/core.log "$out"/zedagui.log
 

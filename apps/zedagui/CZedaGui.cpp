@@ -8,7 +8,9 @@
 
 #include "CTXMLEvent.h"
 #include "CZedaHomeScreen.h"
+#include "CZedaMeetingScreen.h"
 #include "CZedaSoftkeyBar.h"
+#include "CZedaSupervisor.h"
 #include "layout/CTXMLDataConverter.h"
 #include "log/GuiLog.h"
 #include "style/CTavoStyleSheetFile.h"
@@ -65,7 +67,12 @@ CZedaGui::CZedaGui()
     initWidgets();
 }
 
-CZedaGui::~CZedaGui() = default;
+CZedaGui::~CZedaGui()
+{
+    // The children go first, while their reports can still reach this object.
+    delete m_supervisor;
+    m_supervisor = nullptr;
+}
 
 QString CZedaGui::clockText(const QTime& time, bool hours24)
 {
@@ -89,12 +96,55 @@ void CZedaGui::initWidgets()
     if (!style.isEmpty())
         m_softkeys->applySkin(style, attributes);
 
+    initSupervision(skin);
+
     refreshClock();
     refreshPhoneState();
     m_clockTimer.start();
     // The phone boots until the core has told it its configuration.
     setBootingText(tr("Starting", "Starting"));
     setUseBootingBackground(true);
+}
+
+void CZedaGui::initSupervision(CTavoStyleSheetFile* skin)
+{
+    m_meeting = new CZedaMeetingScreen(this);
+    m_childWidgets.insert(MeetingScreen, m_meeting);
+    QString attributes;
+    const QString style = itemStyle(skin, "meeting", &attributes);
+    if (!style.isEmpty())
+        m_meeting->applySkin(style, attributes);
+
+    // The children of the "AutoStart" list start with the GUI.
+    m_supervisor = new CZedaSupervisor(this, configFile());
+    m_meeting->setSupervisor(m_supervisor);
+    connect(m_supervisor, &CZedaSupervisor::childStateChanged, this,
+            [this](const QString& name, const QString& state, int run, const QString&) {
+                if (!m_meeting->isVisible())
+                    return;
+                CTXMLEvent event;
+                event.set("Demo:Child", kGuiEventType, kGuiEventFlags);
+                event.addPair("name", name.toUtf8().constData());
+                event.addPair("state", state.toUtf8().constData());
+                event.addPair("run", QByteArray::number(run).constData());
+                tavoToolSendAppMsg(event.serialize().c_str(), GuiAppsTavoapp, GuiAppsMsgTxml, false);
+            });
+    m_supervisor->onStartRequested(true);
+}
+
+bool CZedaGui::handleMeetingDemo(const CTXMLRoot& root)
+{
+    if (std::strcmp(root.uri, "Demo:Meeting") == 0) {
+        m_meeting->Show(false);
+        m_meeting->raise();
+        guiLog(2, "zedagui: meeting details with %d links", int(m_meeting->links().size()));
+        return false;
+    }
+    if (std::strcmp(root.uri, "Demo:Kill") == 0) {
+        m_supervisor->kill(QString::fromUtf8(root.value("app")));
+        return true;
+    }
+    return false;
 }
 
 void CZedaGui::leaveBootScreen()
@@ -154,6 +204,8 @@ void CZedaGui::handleTXmlMsg(QByteArray& data, GuiAppsT source, GuiAppsMsgTypeT 
             return;
         } else if (std::strcmp(root.uri, "Demo:End") == 0) {
             emit scenarioEnded();
+            return;
+        } else if (handleMeetingDemo(root)) {
             return;
         }
     }

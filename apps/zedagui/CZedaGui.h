@@ -8,22 +8,29 @@
 // so that a scenario can drive it as test automation would:
 //   <Event uri="Demo:Press">key=NAME</Event>  press and release the button NAME
 //   <Event uri="Demo:End"/>                   the scenario is over
-// and a pair "step=NAME" in any document's event names what it shows.
+//   <Event uri="Demo:Meeting"/>               show the meeting details
+//   <Event uri="Demo:Kill">app=NAME</Event>   kill a supervised child
+// and a pair "step=NAME" in any document's event names what it shows. While
+// the meeting details show, each change of a supervised child's state goes to
+// the core as <Event uri="Demo:Child">name=..;state=..;run=..</Event>.
 #include <QHash>
 #include <QString>
 #include <QTimer>
 
 #include "layout/CTavoLayoutMgr.h"
 
+class CTavoStyleSheetFile;
 class CZedaHomeScreen;
+class CZedaMeetingScreen;
 class CZedaSoftkeyBar;
+class CZedaSupervisor;
 
 class CZedaGui : public CTavoLayoutMgr
 {
     Q_OBJECT
 public:
     // Keys of the manager's registry of surfaces.
-    enum { HomeScreen = 1, SoftkeyBar = 2 };
+    enum { HomeScreen = 1, SoftkeyBar = 2, MeetingScreen = 3 };
 
     CZedaGui();
     ~CZedaGui() override;
@@ -31,6 +38,8 @@ public:
     bool isBooted() const { return m_booted; }
     CZedaHomeScreen* homeScreen() const { return m_home; }
     CZedaSoftkeyBar* softkeyBar() const { return m_softkeys; }
+    CZedaMeetingScreen* meetingScreen() const { return m_meeting; }
+    CZedaSupervisor* supervisor() const { return m_supervisor; }
     // The time as the status strip shows it: 24-hour or 12-hour clock.
     static QString clockText(const QTime& time, bool hours24);
 
@@ -54,11 +63,16 @@ private:
     void leaveBootScreen();
     void refreshClock();
     void refreshPhoneState();
+    void initSupervision(CTavoStyleSheetFile* skin);
+    // Demo documents of the meeting screen; true when the document is done with.
+    bool handleMeetingDemo(const CTXMLRoot& root);
     // The name of a document for its screenshot: its "step" pair, else what it held.
     static QString stepName(const CTXMLRoot& root);
 
     CZedaHomeScreen* m_home = nullptr;
     CZedaSoftkeyBar* m_softkeys = nullptr;
+    CZedaMeetingScreen* m_meeting = nullptr;
+    CZedaSupervisor* m_supervisor = nullptr;
     QTimer m_clockTimer;
     QString m_lastAction;
     bool m_booted = false;

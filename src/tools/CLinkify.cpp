@@ -3,7 +3,10 @@
 #include <QDate>
 #include <QSet>
 #include <QTextDocument>
+#include <algorithm>
 #include <cstring>
+#include <functional>
+#include <vector>
 
 #include "log/GuiLog.h"
 
@@ -79,6 +82,19 @@ const QRegExp& extensionKeywords()
     return rx;
 }
 
+// What the stock patterns cannot match without: web addresses hold a dot,
+// e-mail addresses an "@", URIs a colon. A long text without it is not
+// searched for nothing; a replaced pattern is always searched.
+bool mayMatch(const QString& text, const QRegExp& pattern, char required)
+{
+    static const char* const stock[] = {kWeb, kEmail, kSip, kH323, kTel, kTelDtmf};
+    for (const char* p : stock) {
+        if (pattern.pattern() == QLatin1String(p))
+            return text.contains(QLatin1Char(required));
+    }
+    return true;
+}
+
 bool isDialKind(CLinkify::LinkTypeT type)
 {
     return type == CLinkify::LinkPhone || type == CLinkify::LinkTel || type == CLinkify::LinkPhoneLenient;
@@ -144,7 +160,7 @@ QList<CLinkify::LinkT> CLinkify::findLinks(const QString& text, const QRegExp& p
 QList<CLinkify::LinkT> CLinkify::findLinks(const QString& text, int types, bool lenient)
 {
     QList<LinkT> all;
-    if (types & LinkWeb) {
+    if ((types & LinkWeb) && mayMatch(text, WEB_REGEX, '.')) {
         for (LinkT& link : findLinks(text, WEB_REGEX, 0)) {
             // The domain of an e-mail address.
             if (link.start > 0 && text.at(link.start - 1) == QLatin1Char('@'))
@@ -159,7 +175,7 @@ QList<CLinkify::LinkT> CLinkify::findLinks(const QString& text, int types, bool 
             all.append(link);
         }
     }
-    if (types & LinkEmail) {
+    if ((types & LinkEmail) && mayMatch(text, EMAIL_REGEX, '@')) {
         for (LinkT& link : findLinks(text, EMAIL_REGEX, 0)) {
             link.type = LinkEmail;
             all.append(link);
@@ -217,7 +233,7 @@ QList<CLinkify::LinkT> CLinkify::findLinks(const QString& text, int types, bool 
         const QRegExp* pattern;
     } uriKinds[] = {{LinkSip, &SIP_REGEX}, {LinkH323, &H323_REGEX}, {LinkTel, &TEL_REGEX}};
     for (const auto& kind : uriKinds) {
-        if (!(types & kind.type))
+        if (!(types & kind.type) || !mayMatch(text, *kind.pattern, ':'))
             continue;
         for (LinkT& link : findLinks(text, *kind.pattern, 0)) {
             link.type = kind.type;
@@ -318,19 +334,83 @@ bool CLinkify::isEmail(const QString& text)
     return true;
 }
 
+namespace {
+// The two largest distinct link indices seen; -1 for none.
+struct TopTwo {
+    int first = -1;
+    int second = -1;
+    void add(int index)
+    {
+        if (index == first || index == second)
+            return;
+        if (index > first) {
+            second = first;
+            first = index;
+        } else if (index > second) {
+            second = index;
+        }
+    }
+    void add(const TopTwo& other)
+    {
+        add(other.first);
+        add(other.second);
+    }
+};
+}  // namespace
+
 QList<CLinkify::LinkT> CLinkify::removeSublinks(const QList<LinkT>& links)
 {
-    QList<LinkT> kept;
-    for (int i = 0; i < links.size(); ++i) {
-        const LinkT& a = links.at(i);
-        bool keep = true;
-        for (int j = 0; j < links.size(); ++j) {
-            const LinkT& b = links.at(j);
-            if (i != j && a.end > b.start && a.start < b.end)
-                keep = (a.end - a.start) >= (b.end - b.start);
+    // Each link is decided by the last other link in list order that overlaps
+    // it (b.start < a.end and b.end > a.start): kept if at least as long. A
+    // plain double loop is quadratic, too slow for the thousands of numbers in
+    // a long text; this finds every decider in one sweep. Links enter as their
+    // start passes below the end of the link asked about, and a Fenwick tree
+    // over their ends, largest first, gives the two last ones that end
+    // beyond its start.
+    const int n = links.size();
+    std::vector<int> starts(n), ends(n);
+    for (int i = 0; i < n; ++i) {
+        starts[i] = links.at(i).start;
+        ends[i] = links.at(i).end;
+    }
+    std::vector<int> endValues(ends);
+    std::sort(endValues.begin(), endValues.end(), std::greater<int>());
+    endValues.erase(std::unique(endValues.begin(), endValues.end()), endValues.end());
+    // 1-based rank of an end among the distinct ends, largest first.
+    auto rankOfEnd = [&](int end) {
+        return int(std::lower_bound(endValues.begin(), endValues.end(), end, std::greater<int>()) - endValues.begin()) + 1;
+    };
+    // How many distinct ends lie beyond x.
+    auto endsBeyond = [&](int x) {
+        return int(std::lower_bound(endValues.begin(), endValues.end(), x, std::greater<int>()) - endValues.begin());
+    };
+    std::vector<TopTwo> tree(endValues.size() + 1);
+
+    std::vector<int> byStart(n), byEnd(n);
+    for (int i = 0; i < n; ++i)
+        byStart[i] = byEnd[i] = i;
+    std::stable_sort(byStart.begin(), byStart.end(), [&](int a, int b) { return starts[a] < starts[b]; });
+    std::stable_sort(byEnd.begin(), byEnd.end(), [&](int a, int b) { return ends[a] < ends[b]; });
+
+    std::vector<char> keep(n, 1);
+    int entered = 0;
+    for (int a : byEnd) {
+        while (entered < n && starts[byStart[entered]] < ends[a]) {
+            const int b = byStart[entered++];
+            for (int r = rankOfEnd(ends[b]); r < int(tree.size()); r += r & -r)
+                tree[r].add(b);
         }
-        if (keep)
-            kept.append(a);
+        TopTwo last;
+        for (int r = endsBeyond(starts[a]); r > 0; r -= r & -r)
+            last.add(tree[r]);
+        const int decider = last.first == a ? last.second : last.first;
+        if (decider >= 0)
+            keep[a] = (ends[a] - starts[a]) >= (ends[decider] - starts[decider]);
+    }
+    QList<LinkT> kept;
+    for (int i = 0; i < n; ++i) {
+        if (keep[i])
+            kept.append(links.at(i));
     }
     return kept;
 }
@@ -348,16 +428,15 @@ QString CLinkify::phoneKey(const QString& uri)
 void CLinkify::removeDuplicateLinks(QList<LinkT>& links)
 {
     QSet<QString> keys;
-    for (int i = 0; i < links.size();) {
-        const LinkT& link = links.at(i);
+    QList<LinkT> kept;
+    for (const LinkT& link : links) {
         const QString key = isDialKind(link.type) ? phoneKey(link.uri) : link.uri;
-        if (keys.contains(key)) {
-            links.removeAt(i);
-        } else {
-            keys.insert(key);
-            ++i;
-        }
+        if (keys.contains(key))
+            continue;
+        keys.insert(key);
+        kept.append(link);
     }
+    links = kept;
 }
 
 void CLinkify::reorderLinks(bool preferDomains, const QStringList& domains, QList<LinkT>& links)
