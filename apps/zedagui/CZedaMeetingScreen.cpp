@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "CZedaSupervisor.h"
+#include "log/GuiLog.h"
 #include "supervision/CTavoApplication.h"
 #include "widgets/CTavoLabelWidget.h"
 #include "widgets/CTavoParagraph.h"
@@ -104,6 +105,7 @@ void CZedaMeetingScreen::setMeeting(const QString& html)
     const QString text = rows.join(QLatin1Char('\n'));
     m_links = CLinkify::findLinks(text, kAllKinds, false);
     m_details->setText(highlighted(text, m_links));
+    guiLog(2, "zedagui: meeting details with %d links", int(m_links.size()));
 
     QList<LinkT> listed = m_links;
     CLinkify::removeDuplicateLinks(listed);

@@ -1,8 +1,9 @@
 #pragma once
 // The details of a meeting as a calendar sends them, with every link that
 // CLinkify finds highlighted by its kind, the normalised links listed below,
-// and the state of the child process that zedagui supervises. Shown by the
-// demo document <Event uri="Demo:Meeting"/>; looks from the skin item "meeting".
+// and the state of the child process that zedagui supervises. Its object name
+// is "meeting" (<Event uri="Demo:Show">screen=meeting</Event>); its looks come
+// from the skin item "meeting".
 #include <QList>
 #include <QString>
 
