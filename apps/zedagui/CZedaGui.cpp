@@ -130,7 +130,9 @@ void CZedaGui::initSupervision(CTavoStyleSheetFile* skin)
                 event.addPair("run", QByteArray::number(run).constData());
                 tavoToolSendAppMsg(event.serialize().c_str(), GuiAppsTavoapp, GuiAppsMsgTxml, false);
             });
-    m_supervisor->onStartRequested(true);
+    // Once the boot screen is up: starting a child blocks until it runs.
+    connect(this, &CZedaGui::firstFramePainted, m_supervisor, [this] { m_supervisor->onStartRequested(true); },
+            Qt::QueuedConnection);
 }
 
 void CZedaGui::leaveBootScreen()

@@ -47,7 +47,14 @@ void CZedaMeetingScreen::applySkin(const QString& style, const QString& attribut
     QString a = attributes;
     updateStyle(s, a, true);
     m_title->setText(tr("Meeting details"));
-    setMeeting(sampleMeeting());
+}
+
+void CZedaMeetingScreen::showEvent(QShowEvent* event)
+{
+    // Rendering the HTML takes a while: not while the phone boots.
+    if (m_links.isEmpty())
+        setMeeting(sampleMeeting());
+    CTavoLayoutWidget::showEvent(event);
 }
 
 QString CZedaMeetingScreen::sampleMeeting()

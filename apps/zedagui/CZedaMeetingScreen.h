@@ -35,6 +35,9 @@ public:
 public slots:
     void setChildState(const QString& name, const QString& state, int run, const QString& detail);
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 private:
     CTavoLabelWidget* m_title;
     CTavoParagraph* m_details;

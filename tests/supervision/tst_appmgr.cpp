@@ -276,26 +276,20 @@ private slots:
         QCOMPARE(notExecutable->restartCount() + absent->restartCount() + reboots->restartCount(), 0);
     }
 
-    void errorTexts_data()
+    void errorsAreLoggedWithTheirTexts()
     {
-        QTest::addColumn<int>("error");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("0") << 0 << "The process failed to start";
-        QTest::newRow("1") << 1 << "The process has crashed";
-        QTest::newRow("2") << 2 << "The last waitFor.. function timed out";
-        QTest::newRow("3") << 3 << "An error occurred when attempting to read from the process";
-        QTest::newRow("4") << 4 << "An error occurred when attempting to write to the process";
-        QTest::newRow("5") << 5 << "An unknown error occurred";
-    }
-
-    void errorTexts()
-    {
-        QFETCH(int, error);
-        QFETCH(QString, text);
+        const char* const texts[] = {"The process failed to start", "The process has crashed",
+                                     "The last waitFor.. function timed out",
+                                     "An error occurred when attempting to read from the process",
+                                     "An error occurred when attempting to write to the process",
+                                     "An unknown error occurred"};
         LogCapture log;
         CTavoApplication app(0, "nowhere(console)", nullptr, nullptr, true);
-        app.onError(QProcess::ProcessError(error));
-        QVERIFY2(log.has("CTavoApplication::onError for nowhere, error is " + text), qPrintable(log.all()));
+        for (int error = 0; error < 6; ++error) {
+            app.onError(QProcess::ProcessError(error));
+            QVERIFY2(log.has(QStringLiteral("CTavoApplication::onError for nowhere, error is ") + texts[error]),
+                     qPrintable(log.all()));
+        }
         // Errors alone never restart.
         QCOMPARE(app.restartCount(), 0);
     }
