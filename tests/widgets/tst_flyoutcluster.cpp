@@ -136,8 +136,12 @@ QImage render(QWidget& widget)
 class TestFlyoutCluster : public QObject
 {
     Q_OBJECT
+    Host* m_host = nullptr;
 
 private slots:
+    void initTestCase() { m_host = new Host; }
+    void cleanupTestCase() { delete m_host; }
+
     void anEqualClusterCostsNothingAndRowsAreReused()
     {
         Screen s;
@@ -596,12 +600,11 @@ private slots:
         QFETCH(bool, network);
         QFETCH(QByteArray, extra);
         QFETCH(QString, text);
-        Host host;
-        host.name = name;
-        host.number = number;
-        host.pin = pin;
-        host.ip = ip;
-        host.network = network;
+        m_host->name = name;
+        m_host->number = number;
+        m_host->pin = pin;
+        m_host->ip = ip;
+        m_host->network = network;
         Screen s(" CTavoFlyoutCluster { size: 300x400; items-offset-y: 60; " + extra + " }");
         s.show({"A"});
         QCOMPARE(s.flyout->banner()->text(), text);
