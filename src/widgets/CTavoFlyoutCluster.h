@@ -22,6 +22,7 @@
 
 #include "CTXMLFlyoutCluster.h"
 #include "layout/CTavoLayoutWidget.h"
+#include "widgets/CTavoWidget.h"
 #include "widgets/KineticScroll.h"
 
 class QKeyEvent;
@@ -30,7 +31,6 @@ class QParallelAnimationGroup;
 class QTimer;
 class CTavoFlyoutItem;
 class CTavoParagraph;
-class CTavoWidget;
 
 namespace details {
 // A divider: an item whose texts are all "GROUPDIV".
