@@ -2,6 +2,7 @@
 
 #include <QDomElement>
 #include <QPainter>
+#include <cstring>
 
 #include "CTXMLFlyoutItem.h"
 #include "layout/CTXMLDataConverter.h"
@@ -43,6 +44,7 @@ CTavoFlyoutItem::CTavoFlyoutItem(QWidget* parent)
     , m_invertTextWhenFocused(false)
     , m_quickIndex(-1)
 {
+    m_badgeSource[0] = 0;
     setObjectName(QStringLiteral("flyout-item"));
 }
 
@@ -77,19 +79,28 @@ void CTavoFlyoutItem::init(const CTXMLFlyoutItem& item, int quickIndex)
     }
 
     // The badge rides on the icon, as a small label over it.
-    const QString badge = QString::fromUtf8(item.badge);
-    CTavoIconDefinition icon;
-    if (item.icon.id > 0) {
-        icon = CTXMLDataConverter::getIconDefFromXml(&item.icon);
-        if (!badge.isEmpty())
-            icon.m_label = badge;
-    } else {
-        icon = CTavoIconDefinition(QString::fromUtf8(item.icon.name), badge, -1);
+    if (!m_icon->isInitialized() || item.icon != m_iconSource || std::strcmp(item.badge, m_badgeSource) != 0) {
+        m_iconSource = item.icon;
+        txml::copyText(m_badgeSource, sizeof m_badgeSource, item.badge);
+        const QString badge = QString::fromUtf8(item.badge);
+        CTavoIconDefinition icon;
+        if (item.icon.id > 0) {
+            icon = CTXMLDataConverter::getIconDefFromXml(&item.icon);
+            if (!badge.isEmpty())
+                icon.m_label = badge;
+        } else {
+            icon = CTavoIconDefinition(QString::fromUtf8(item.icon.name), badge, -1);
+        }
+        m_icon->init(icon, true);
     }
-    m_icon->init(icon, true);
 
-    m_label->setText(QString::fromUtf8(item.label));
-    m_abbreviatedLabel->setText(QString::fromUtf8(item.abbreviation));
+    // An unchanged text keeps its prepared layout.
+    const QString label = QString::fromUtf8(item.label);
+    if (label != m_label->text())
+        m_label->setText(label);
+    const QString abbreviation = QString::fromUtf8(item.abbreviation);
+    if (abbreviation != m_abbreviatedLabel->text())
+        m_abbreviatedLabel->setText(abbreviation);
     applyHomeState();
     m_showAbbreviation = !m_abbreviatedLabel->text().isEmpty() && m_label->isElided();
     m_label->setVisible(!m_showAbbreviation && !m_label->text().isEmpty());
@@ -98,7 +109,10 @@ void CTavoFlyoutItem::init(const CTXMLFlyoutItem& item, int quickIndex)
     if (m_checkIcon->loadedIcon() != kCheckIcon)
         m_checkIcon->init(kCheckIcon);
     m_checkIcon->setVisible(m_selected);
-    m_quickAccessLabel->setText(quickIndex < 0 ? QString() : QString::number(quickIndex));
+    // Rows keep their digits when only the content changes.
+    const QString digit = quickIndex < 0 ? QString() : QString::number(quickIndex);
+    if (digit != m_quickAccessLabel->text())
+        m_quickAccessLabel->setText(digit);
     placeElements();
     update();
 }
@@ -115,6 +129,8 @@ void CTavoFlyoutItem::setIsHome(bool home)
 void CTavoFlyoutItem::applyHomeState()
 {
     const bool blue = m_isHome && !m_label->text().isEmpty() && m_label->text() == tr("Home");
+    if (!blue && m_label->pseudoState().isEmpty())
+        return;
     m_label->setPseudoState(blue ? QStringLiteral("blue") : QString(), true);
 }
 
@@ -153,8 +169,10 @@ void CTavoFlyoutItem::layout()
     m_label->layout();
     m_abbreviatedLabel->layout();
     m_quickAccessLabel->layout();
-    // Sized by its style, which it has only now.
+    // Sized by its style, which it has only now; the row's icon is made again at the next init.
     m_checkIcon->init(kCheckIcon);
+    m_iconSource.reset();
+    m_badgeSource[0] = 0;
     m_checkIcon->setVisible(m_selected && !m_isGroupDiv);
 
     // Without a style the parts line up from the left and the digit sits at the right.

@@ -10,6 +10,7 @@
 #include <QSize>
 #include <QString>
 
+#include "CTXMLIcon.h"
 #include "widgets/CTavoWidget.h"
 
 class CTXMLFlyoutItem;
@@ -72,6 +73,9 @@ private:
     int m_quickIndex;
     QString m_url;
     QString m_value;
+    // What the icon was made from, so that an unchanged icon costs nothing.
+    CTXMLIcon m_iconSource;
+    char m_badgeSource[TXML_LABEL_SIZE];
     // Places of the parts relative to the row's corner, from the row's style.
     QPoint m_iconLocation;
     QPoint m_checkLocation;
