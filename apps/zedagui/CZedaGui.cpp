@@ -210,6 +210,11 @@ bool CZedaGui::isNetworkUp() const
     return isAppConnected(GuiAppsTavoapp);
 }
 
+bool CZedaGui::isFlyoutOpen() const
+{
+    return m_menu && m_menu->isOpen();
+}
+
 void CZedaGui::handleTXmlMsg(QByteArray& data, GuiAppsT source, GuiAppsMsgTypeT type)
 {
     CTavoLayoutMgr::handleTXmlMsg(data, source, type);

@@ -59,6 +59,7 @@ public:
     QString systemNumber() const override { return m_systemNumber; }
     QString systemIp(bool ipv6) const override;
     bool isNetworkUp() const override;
+    bool isFlyoutOpen() const override;
 
 signals:
     // A document from the core has taken effect; step is its name for a screenshot.
