@@ -571,7 +571,9 @@ void CTavoFlyoutCluster::flyOut()
     Show(true);
     raise();
     QWidget* focus = QApplication::focusWidget();
-    m_previousFocus = focus ? focus : this;
+    // Opened again while open ("More"): the focus from before the first opening stays.
+    if (!(focus == this && m_previousFocus))
+        m_previousFocus = focus ? focus : this;
     setFocus(Qt::ActiveWindowFocusReason);
     if (m_restoreFocus && m_parentWidget) {
         if (!m_focusOnParent)
