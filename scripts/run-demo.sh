@@ -46,7 +46,7 @@ fi
 status=0
 if [ -z "${DISPLAY:-}" ]; then
   QT_QPA_PLATFORM=offscreen "$build/bin/zedagui" --screenshots "$out" --quit-on-end \
-      --deadline 28000 2>"$out/zedagui.log" || status=$?
+      --deadline 45000 2>"$out/zedagui.log" || status=$?
   wait "$core" || true
   wait "$reader" || true
   echo "screenshots in $out:"
