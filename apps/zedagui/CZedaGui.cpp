@@ -129,12 +129,9 @@ void CZedaGui::initSupervision(CTavoStyleSheetFile* skin)
             [meeting](const QString& name, const QString& state, int run, const QString&) {
                 if (!meeting->isVisible())
                     return;
-                CTXMLEvent event;
-                event.set("Demo:Child", kGuiEventType, kGuiEventFlags);
-                event.addPair("name", name.toUtf8().constData());
-                event.addPair("state", state.toUtf8().constData());
-                event.addPair("run", QByteArray::number(run).constData());
-                tavoToolSendAppMsg(event.serialize().c_str(), GuiAppsTavoapp, GuiAppsMsgTxml, false);
+                const CTavoEvent event(CTavoEvent::NoEvent, QStringLiteral("Demo:Child"),
+                                       QStringLiteral("name=%1;state=%2;run=%3").arg(name, state).arg(run));
+                tavoToolSendAppMsg(event.serialize().toUtf8().constData(), GuiAppsTavoapp, GuiAppsMsgTxml, false);
             });
     // Once the boot screen is up: starting a child blocks until it runs.
     connect(this, &CZedaGui::firstFramePainted, m_supervisor, [this] { m_supervisor->onStartRequested(true); },
