@@ -8,6 +8,7 @@
 
 #include "CTXMLEvent.h"
 #include "CZedaHomeScreen.h"
+#include "CZedaNetworkScreen.h"
 #include "CZedaSoftkeyBar.h"
 #include "layout/CTXMLDataConverter.h"
 #include "log/GuiLog.h"
@@ -88,6 +89,18 @@ void CZedaGui::initWidgets()
     style = itemStyle(skin, "softkeys", &attributes);
     if (!style.isEmpty())
         m_softkeys->applySkin(style, attributes);
+
+    m_network = new CZedaNetworkScreen(this);
+    attributes.clear();
+    style = itemStyle(skin, "network", &attributes);
+    if (!style.isEmpty())
+        m_network->applySkin(style, attributes);
+    addScreen(QStringLiteral("Home:Settings"), m_network);
+    // The text fields' context keys reach the bar through the manager's signal,
+    // which the real softkey bar will answer in its place.
+    connect(m_network, &CZedaNetworkScreen::contextSensitiveSk, this, &CTavoLayoutMgr::contextSensitiveSk);
+    connect(this, &CTavoLayoutMgr::contextSensitiveSk, m_softkeys, &CZedaSoftkeyBar::onCtxSensitiveSkReq);
+    connect(m_softkeys, &CTavoLayoutWidget::layoutWidgetSignal, m_network, &CZedaNetworkScreen::onSoftkey);
 
     refreshClock();
     refreshPhoneState();

@@ -25,6 +25,7 @@
 #include "layout/CTavoLayoutMgr.h"
 
 class CZedaHomeScreen;
+class CZedaNetworkScreen;
 class CZedaSoftkeyBar;
 
 class CZedaGui : public CTavoLayoutMgr
@@ -40,6 +41,7 @@ public:
     bool isBooted() const { return m_booted; }
     CZedaHomeScreen* homeScreen() const { return m_home; }
     CZedaSoftkeyBar* softkeyBar() const { return m_softkeys; }
+    CZedaNetworkScreen* networkScreen() const { return m_network; }
     // A screen shown when a button sends openUrl; the manager owns it.
     void addScreen(const QString& openUrl, CTavoLayoutWidget* screen);
     // Shows the screen of that object name ("home" or a registered one) instead of
@@ -80,6 +82,7 @@ private:
 
     CZedaHomeScreen* m_home = nullptr;
     CZedaSoftkeyBar* m_softkeys = nullptr;
+    CZedaNetworkScreen* m_network = nullptr;
     CTavoLayoutWidget* m_current = nullptr;
     QHash<QString, CTavoLayoutWidget*> m_screens;  // by the URL that opens them
     QTimer m_clockTimer;
