@@ -49,7 +49,7 @@ InputModeT modeFromName(const QString& name)
         if (name == QLatin1String(kModeNames[i]))
             return InputModeT(i);
     }
-    return InputModeabc;
+    return InputModeLower;
 }
 
 QString nameOfMode(int mode)
@@ -124,7 +124,7 @@ CTavoInput::CTavoInput(QWidget* parent)
     setFocusPolicy(Qt::StrongFocus);
     m_idleTimer.setInterval(kIdleMs);
     m_idleTimer.setSingleShot(true);
-    setMode(InputMode123Star);
+    setMode(InputModeNumericStar);
 }
 
 CTavoInput::~CTavoInput()
@@ -290,14 +290,14 @@ void CTavoInput::setMode(InputModeT mode)
         hints |= Qt::ImhNoPredictiveText;
     } else {
         switch (mode) {
-        case InputModeAbc:
-        case InputModeABC:
+        case InputModeCapitalised:
+        case InputModeUpper:
             hints |= Qt::ImhPreferUppercase | Qt::ImhNoPredictiveText;
             break;
-        case InputModeabc:
+        case InputModeLower:
             hints |= Qt::ImhLowercaseOnly | Qt::ImhNoPredictiveText | Qt::ImhNoAutoUppercase;
             break;
-        case InputMode123:
+        case InputModeNumeric:
         case InputModeTel:
         case InputModeTelNoNav:
             hints |= Qt::ImhPreferNumbers | Qt::ImhNoPredictiveText;
@@ -316,11 +316,11 @@ void CTavoInput::setMode(InputModeT mode)
             else
                 hints |= Qt::ImhLowercaseOnly | Qt::ImhNoPredictiveText | Qt::ImhNoAutoUppercase;
             break;
-        case InputMode123T:
+        case InputModeNumericStep:
             hints |= Qt::ImhDigitsOnly | Qt::ImhNoPredictiveText;
             break;
         case InputModeHex:
-        case InputModeXT9PinYin:
+        case InputModePinYin:
             hints |= Qt::ImhNoPredictiveText;
             break;
         case InputModeIPv6:
@@ -341,7 +341,7 @@ void CTavoInput::setMode(InputModeT mode)
 
     if (isAlphabeticalEditMode())
         ctxKey(TxmlUriToggleEditMode, 1);
-    else if (mode == InputMode123)
+    else if (mode == InputModeNumeric)
         ctxKey(TxmlUriToggleEditMode, 0);
 
     if (mode == InputModeIP) {
@@ -363,12 +363,12 @@ void CTavoInput::switchToMode(const QString& spec)
     const QString value = vars[var(TxmlVarValue)];
     if (value != QLatin1String("More"))
         m_modeName = value.isEmpty() ? spec : value;
-    if (modeFromName(m_modeName) == InputModeabc && m_modeName != QLatin1String("abc"))
+    if (modeFromName(m_modeName) == InputModeLower && m_modeName != QLatin1String("abc"))
         guiLog(2, "CTavoInput: unknown mode \"%s\", using \"abc\"", qPrintable(m_modeName));
     setMode(modeFromName(m_modeName));
     if (m_encodingFollowsMode && isAlphabeticalEditMode() && !wasAlphabetical)
         switchToEncoding(var(TxmlVarAscii));
-    if (m_mode == InputModeXT9PinYin && m_encoding != InputEncodingASCII)
+    if (m_mode == InputModePinYin && m_encoding != InputEncodingASCII)
         switchToEncoding(var(TxmlVarAscii));
     setFocus(Qt::OtherFocusReason);
     if (!selected.isEmpty()) {
@@ -494,7 +494,7 @@ bool CTavoInput::isValidInput()
     const long selector = std::strtol(m_uri.value(TxmlVarCheck), nullptr, 10);
     const QString argument = QString::fromUtf8(m_uri.value(TxmlVarArg));
     bool valid = true;
-    if (m_mode == InputMode123 || m_mode == InputMode123T) {
+    if (m_mode == InputModeNumeric || m_mode == InputModeNumericStep) {
         if (m_minValue != -1 || m_maxValue != -1) {
             const int n = value.toInt();
             valid = (m_minValue == -1 || n >= m_minValue) && (m_maxValue == -1 || n <= m_maxValue);
@@ -560,20 +560,20 @@ void CTavoInput::setText(QString text)
 
 void CTavoInput::reportMode()
 {
-    if (m_mode != InputModeAbc) {
+    if (m_mode != InputModeCapitalised) {
         emit modeSelected(m_mode);
         return;
     }
     const QString shown = QLineEdit::text();
     const int cursor = cursorPosition();
     if (cursor == 0) {
-        emit modeSelected(InputModeAbc);
+        emit modeSelected(InputModeCapitalised);
     } else if (cursor <= shown.length()) {
         const QChar before = shown.at(cursor - 1);
         if (before == QLatin1Char('.') || before == QLatin1Char(' ') || (selectedText() == shown))
-            emit modeSelected(InputModeABC);
+            emit modeSelected(InputModeUpper);
         else
-            emit modeSelected(InputModeabc);
+            emit modeSelected(InputModeLower);
     }
 }
 
@@ -627,9 +627,9 @@ void CTavoInput::onModified()
     saveCursorPosition(cursorPosition());
 
     bool selectAllAtEnd = false;
-    if (m_mode == InputModeAbc) {
+    if (m_mode == InputModeCapitalised) {
         reportMode();
-    } else if (m_mode == InputMode123T) {
+    } else if (m_mode == InputModeNumericStep) {
         const QString shown = QLineEdit::text();
         if (shown.isEmpty() || selectedText() == shown) {
             QLineEdit::setText(QStringLiteral("%1").arg(m_minValue));
@@ -795,7 +795,7 @@ void CTavoInput::onEntered(QChar c, bool attempt)
         return;
 
     switch (m_mode) {
-    case InputModeAbc: {
+    case InputModeCapitalised: {
         const int cursor = cursorPosition();
         const QString shown = QLineEdit::text();
         if (cursor > 0 && cursor <= shown.length() && shown.at(cursor - 1) != QLatin1Char('.') &&
@@ -805,8 +805,8 @@ void CTavoInput::onEntered(QChar c, bool attempt)
         insert(QString(c));
         break;
     }
-    case InputMode123:
-    case InputMode123T:
+    case InputModeNumeric:
+    case InputModeNumericStep:
         handleInputForNumericEditing(c);
         break;
     case InputModeIP:
@@ -1026,7 +1026,7 @@ bool CTavoInput::handleNavigationKey(SoKeyFuncT key, QEvent::Type type)
         return true;
     }
 
-    if (m_mode == InputMode123T) {
+    if (m_mode == InputModeNumericStep) {
         if (press) {
             const int n = text().toInt();
             bool changed = false;
@@ -1159,7 +1159,7 @@ bool CTavoInput::dispatchKey(QKeyEvent* e)
             emit editDone(lockUri, text());
         if (m_reportDialpadKeys)
             reportDialpadKeyEvent(SoKeyDialpad0, QEvent::KeyPress);
-        if (m_numericOnly && m_mode == InputMode123 && e->text() == QLatin1String("+"))
+        if (m_numericOnly && m_mode == InputModeNumeric && e->text() == QLatin1String("+"))
             return true;
         hideMagGlass();
         return QLineEdit::event(e);
@@ -1198,7 +1198,7 @@ void CTavoInput::handleFocus(bool in, Qt::FocusReason reason)
         // Deliberate: an IPv4 field that lost focus has no mode name until the
         // next setMode, and pads nothing in text().
         if (m_mode == InputModeIP)
-            m_mode = InputModeT(13);
+            m_mode = InputModeCount;
         emit modeAndEncodingIdentifierUpdated(QString());
         ctxKey(TxmlUriDone, 0);
         ctxKey(TxmlUriEncoding, 0);

@@ -66,7 +66,7 @@ public:
     QLineEdit::EchoMode echoMode() const;
     bool isValidInput();
     bool isCurrentEditBufferEmpty() const;
-    bool isAlphabeticalEditMode() const { return m_mode < InputMode123; }
+    bool isAlphabeticalEditMode() const { return m_mode < InputModeNumeric; }
     int minWidthHint() const;
     int getToolBarWidth();
     void updateKeymap();
@@ -200,7 +200,7 @@ protected:
     bool m_edited = false;
     bool m_encodingFollowsMode = true;
     bool m_lockScreenField = false;
-    InputModeT m_mode = InputMode123Star;
+    InputModeT m_mode = InputModeNumericStar;
     InputEncodingT m_encoding = InputEncodingASCII;
     QString m_modes;
     int m_maxLength = 512;

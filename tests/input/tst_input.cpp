@@ -104,7 +104,7 @@ private slots:
     void constructedFieldAndItsInterface()
     {
         CTavoInput input;
-        QCOMPARE(int(input.mode()), int(InputMode123Star));
+        QCOMPARE(int(input.mode()), int(InputModeNumericStar));
         QCOMPARE(int(input.encoding()), int(InputEncodingASCII));
         QCOMPARE(input.maxLengthInBytes(), 512);
         QCOMPARE(input.minValue(), -1);
@@ -622,7 +622,7 @@ private slots:
         QCOMPARE(s.keys.last(), QString("Backspace-"));
         // A numeric mode takes the mode key away, other non-alphabetical ones leave it.
         s.keys.clear();
-        s.input->setMode(InputMode123);
+        s.input->setMode(InputModeNumeric);
         QVERIFY(s.keys.contains("ToggleEditMode-"));
         s.keys.clear();
         s.input->setMode(InputModeHex);
