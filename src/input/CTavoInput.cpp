@@ -675,7 +675,9 @@ void CTavoInput::onModified()
             QLineEdit::setText(shown.left(shown.length() - 1));
         } else if (bytes == limit) {
             setMaxLength(shown.length());
-        } else {
+        } else if (maxLength() != limit) {
+            // QLineEdit sets its whole text again on every setMaxLength: only
+            // when the limit really changes.
             setMaxLength(limit);
         }
     }
