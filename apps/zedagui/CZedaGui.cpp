@@ -192,6 +192,7 @@ void CZedaGui::onWidgetEvent(QString url, QString data, int type)
 
 void CZedaGui::handleTXmlMsg(QByteArray& data, GuiAppsT source, GuiAppsMsgTypeT type)
 {
+    emit documentArriving();
     CTavoLayoutMgr::handleTXmlMsg(data, source, type);
     const CTXMLRoot& root = xmlRoot();
     if (root.flags & TXML_FLAG_EVENT) {

@@ -54,6 +54,8 @@ public:
 signals:
     // A document from the core has taken effect; step is its name for a screenshot.
     void documentHandled(const QString& step);
+    // A document from the core is about to take effect.
+    void documentArriving();
     void pressRequested(const QString& buttonName);
     // Demo documents whose screenshot waits until their action has ended.
     void dragRequested(const QPoint& from, const QPoint& to, int ms, const QString& step);
