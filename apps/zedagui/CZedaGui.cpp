@@ -7,6 +7,7 @@
 #include <iterator>
 
 #include "CTXMLEvent.h"
+#include "CZedaDirectoryScreen.h"
 #include "CZedaHomeScreen.h"
 #include "CZedaSoftkeyBar.h"
 #include "layout/CTXMLDataConverter.h"
@@ -79,6 +80,12 @@ void CZedaGui::initWidgets()
     m_softkeys = new CZedaSoftkeyBar(this);
     m_childWidgets.insert(HomeScreen, m_home);
     m_childWidgets.insert(SoftkeyBar, m_softkeys);
+    m_directory = new CZedaDirectoryScreen(this);
+    m_childWidgets.insert(DirectoryScreen, m_directory);
+    connect(m_directory, &CZedaDirectoryScreen::finished, this, [this](const QString& step, const QString& summary) {
+        onWidgetEvent(QStringLiteral("Directory:Result"), summary, 0);
+        emit documentHandled(step);
+    });
 
     QString attributes;
     QString style = itemStyle(skin, "home", &attributes);
@@ -88,6 +95,10 @@ void CZedaGui::initWidgets()
     style = itemStyle(skin, "softkeys", &attributes);
     if (!style.isEmpty())
         m_softkeys->applySkin(style, attributes);
+    attributes.clear();
+    style = itemStyle(skin, "directory", &attributes);
+    if (!style.isEmpty())
+        m_directory->applySkin(style, attributes);
 
     refreshClock();
     refreshPhoneState();
@@ -154,6 +165,11 @@ void CZedaGui::handleTXmlMsg(QByteArray& data, GuiAppsT source, GuiAppsMsgTypeT 
             return;
         } else if (std::strcmp(root.uri, "Demo:End") == 0) {
             emit scenarioEnded();
+            return;
+        } else if (std::strcmp(root.uri, "Demo:Directory") == 0) {
+            // The step is shot when the call has ended.
+            m_directory->request(QString::fromUtf8(root.value("user")), QString::fromUtf8(root.value("password")),
+                                 stepName(root));
             return;
         }
     }

@@ -8,6 +8,9 @@
 // so that a scenario can drive it as test automation would:
 //   <Event uri="Demo:Press">key=NAME</Event>  press and release the button NAME
 //   <Event uri="Demo:End"/>                   the scenario is over
+//   <Event uri="Demo:Directory">[user=U;password=P]</Event>  ask the directory
+//       over SOAP; the step's screenshot waits for the answer, and the core
+//       gets an event "Directory:Result" with the outcome as its data
 // and a pair "step=NAME" in any document's event names what it shows.
 #include <QHash>
 #include <QString>
@@ -15,6 +18,7 @@
 
 #include "layout/CTavoLayoutMgr.h"
 
+class CZedaDirectoryScreen;
 class CZedaHomeScreen;
 class CZedaSoftkeyBar;
 
@@ -23,7 +27,7 @@ class CZedaGui : public CTavoLayoutMgr
     Q_OBJECT
 public:
     // Keys of the manager's registry of surfaces.
-    enum { HomeScreen = 1, SoftkeyBar = 2 };
+    enum { HomeScreen = 1, SoftkeyBar = 2, DirectoryScreen = 3 };
 
     CZedaGui();
     ~CZedaGui() override;
@@ -31,6 +35,7 @@ public:
     bool isBooted() const { return m_booted; }
     CZedaHomeScreen* homeScreen() const { return m_home; }
     CZedaSoftkeyBar* softkeyBar() const { return m_softkeys; }
+    CZedaDirectoryScreen* directoryScreen() const { return m_directory; }
     // The time as the status strip shows it: 24-hour or 12-hour clock.
     static QString clockText(const QTime& time, bool hours24);
 
@@ -59,6 +64,7 @@ private:
 
     CZedaHomeScreen* m_home = nullptr;
     CZedaSoftkeyBar* m_softkeys = nullptr;
+    CZedaDirectoryScreen* m_directory = nullptr;
     QTimer m_clockTimer;
     QString m_lastAction;
     bool m_booted = false;

@@ -11,6 +11,8 @@
 #include <QTemporaryDir>
 #include <climits>
 
+#include "WebPeers.h"
+
 namespace {
 const QString kRunDir = qEnvironmentVariable("TGUI_RUN_DIR", TGUI_SOURCE_DIR "/run");
 const QString kBinDir = qEnvironmentVariable("TGUI_BIN_DIR", TGUI_BIN_DIR);
@@ -74,6 +76,10 @@ class TestDemo : public QObject
 {
     Q_OBJECT
     QTemporaryDir m_dir;
+    // The directory's world: the SOAP endpoint and two proxies in front of it.
+    SoapPeer m_endpoint;
+    TinyProxy m_proxy1;
+    TinyProxy m_proxy2;
     QString m_coreOut;
     QString m_guiOut;
     int m_guiExit = -1;
@@ -95,8 +101,25 @@ private slots:
         QVERIFY(QFile::link(kRunDir + "/Skins/common", m_dir.filePath("Skins/common")));
         QVERIFY(QFile::copy(kRunDir + "/qt.conf", m_dir.filePath("qt.conf")));
 
+        QVERIFY(m_endpoint.start({"--tls"}));
+        QVERIFY(m_proxy1.start(m_endpoint.port()));
+        QVERIFY(m_proxy2.start(m_endpoint.port()));
+        QFile pac(m_dir.filePath("directory.pac"));
+        QVERIFY(pac.open(QIODevice::WriteOnly));
+        pac.write(QStringLiteral("function FindProxyForURL(url, host) {\n"
+                                 "  if (dnsDomainIs(host, 'directory.test'))\n"
+                                 "    return 'PROXY 127.0.0.1:%1; PROXY localhost:%2';\n"
+                                 "  return 'DIRECT';\n}\n")
+                      .arg(m_proxy1.port())
+                      .arg(m_proxy2.port())
+                      .toUtf8());
+        pac.close();
+
         QProcess core;
         core.setProcessChannelMode(QProcess::MergedChannels);
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("TGUI_DEMO_PROXY_PID", QString::number(m_proxy1.pid()));
+        core.setProcessEnvironment(env);
         core.start(kBinDir + "/tgui-core", {"--port", "0", "--listen", "127.0.0.1", "--scenario",
                                             kRunDir + "/scenarios/demo.txt"});
         QVERIFY(core.waitForStarted());
@@ -113,7 +136,9 @@ private slots:
         QProcess gui;
         gui.setWorkingDirectory(m_dir.path());
         gui.start(kBinDir + "/zedagui",
-                  {"--screenshots", m_dir.filePath("shots"), "--quit-on-end", "--deadline", "100000"});
+                  {"--screenshots", m_dir.filePath("shots"), "--quit-on-end", "--deadline", "100000",
+                   "--directory-url", "https://directory.test/auth/soap", "--directory-pac", pac.fileName(),
+                   "--directory-user", "alice", "--directory-password", "secret"});
         QVERIFY(gui.waitForStarted());
         QVERIFY(gui.waitForFinished(120000));
         m_guiExit = gui.exitCode();
@@ -132,7 +157,7 @@ private slots:
         const QRegularExpressionMatch m = frame.match(m_guiOut);
         QVERIFY2(m.hasMatch(), qPrintable(m_guiOut));
         QVERIFY(m.captured(1).toInt() > 0);
-        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 15 screenshots"));
+        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 18 screenshots"));
         QVERIFY(m_coreOut.contains("SCENARIO done"));
         QVERIFY(!m_coreOut.contains("SCENARIO timeout"));
     }
@@ -154,13 +179,13 @@ private slots:
             from = at + 1;
         }
         // Sliding off or pressing without a press URL sends nothing else.
-        QCOMPARE(m_coreOut.count("EVENT zedagui"), 5);
+        QCOMPARE(m_coreOut.count("EVENT zedagui"), 8);
     }
 
     void everyScreenshotIsARealScreen()
     {
         const QStringList names = QDir(m_dir.filePath("shots")).entryList({"*.png"}, QDir::Files, QDir::Name);
-        QCOMPARE(names.size(), 15);
+        QCOMPARE(names.size(), 18);
         for (const QString& file : names) {
             const QImage image = shot(file.chopped(4));
             QCOMPARE(image.size(), QSize(800, 480));
@@ -261,6 +286,44 @@ private slots:
         // The directory goes away: the paragraph again.
         const QRect offline = diffBox(shot("11-translations-fr"), shot("12-directory-offline"), statusStrip);
         QVERIFY(!offline.isEmpty() && intro.contains(offline));
+    }
+
+    void theDirectoryLineFollowsItsSoapCalls()
+    {
+        // Through the script's first proxy, then the second once the first is
+        // stopped, then a refused sign-in on the same proxy.
+        const QString first = QStringLiteral("zedagui: directory ok count=3 proxy=127.0.0.1:%1").arg(m_proxy1.port());
+        const QString second = QStringLiteral("zedagui: directory ok count=3 proxy=localhost:%1").arg(m_proxy2.port());
+        const QString refused = QStringLiteral("zedagui: directory signin-failed user=alice");
+        const int a = m_guiOut.indexOf(first);
+        const int b = m_guiOut.indexOf(second);
+        const int c = m_guiOut.indexOf(refused);
+        QVERIFY2(a >= 0 && b > a && c > b, qPrintable(m_guiOut));
+        QVERIFY(m_coreOut.contains(QStringLiteral("SCENARIO stopped %1").arg(m_proxy1.pid())));
+        QCOMPARE(m_coreOut.count("EVENT zedagui type=0 <TXML><Event uri=\"Directory:Result\""), 3);
+        // The endpoint saw each call come through a proxy's tunnel, and the
+        // wrong password refused.
+        const QStringList lines = m_endpoint.lines();
+        QVERIFY2(lines.filter("CONNECT").size() >= 3, qPrintable(lines.join('\n')));
+        QVERIFY(lines.filter("user=alice").size() >= 2);
+        QVERIFY(!lines.filter("auth=refused").isEmpty());
+
+        const QRect strip(60, 332, 680, 44);
+        const QRect contactsTile(236, 170, 160, 136);
+        const QRect statusStrip(0, 0, 800, 40);
+        // The line appears under the tiles, and only there.
+        const QRect appeared = diffBox(shot("13-press-Contacts"), shot("14-directory-soap"), statusStrip.united(contactsTile));
+        QVERIFY2(!appeared.isEmpty() && strip.contains(appeared), qPrintable(QString("%1,%2 %3x%4").arg(appeared.x()).arg(appeared.y()).arg(appeared.width()).arg(appeared.height())));
+        // Failing over changes the proxy it names; the refusal turns it red.
+        const QRect failover = diffBox(shot("14-directory-soap"), shot("15-directory-failover"), statusStrip);
+        QVERIFY(!failover.isEmpty() && strip.contains(failover));
+        for (const char* name : {"14-directory-soap", "15-directory-failover"}) {
+            const QRgb band = shot(name).pixel(64, 336);
+            QVERIFY2(qRed(band) < qBlue(band), name);
+        }
+        const QRgb red = shot("16-directory-signin-failed").pixel(64, 336);
+        QVERIFY(qRed(red) > qBlue(red) + 80 && qRed(red) > qGreen(red) + 80);
+        QVERIFY(strip.contains(diffBox(shot("15-directory-failover"), shot("16-directory-signin-failed"), statusStrip)));
     }
 };
 

@@ -119,6 +119,9 @@ int SoapPeer::stop()
 
 QStringList SoapPeer::lines()
 {
+    // What sits in the pipe reaches the buffer only through a wait.
+    while (m_process.state() == QProcess::Running && m_process.waitForReadyRead(50))
+        m_pending += m_process.readAllStandardOutput();
     m_pending += m_process.readAllStandardOutput();
     int newline;
     while ((newline = m_pending.indexOf('\n')) >= 0) {

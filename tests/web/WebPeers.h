@@ -20,6 +20,7 @@ public:
     void stop();
     bool isRunning() const { return m_process.state() == QProcess::Running; }
     quint16 port() const { return m_port; }
+    qint64 pid() const { return m_process.processId(); }
     QString log() const;
 
 private:
