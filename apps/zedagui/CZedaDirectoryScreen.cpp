@@ -65,6 +65,7 @@ void CZedaDirectoryScreen::configure(const QString& url, const QString& pacFile,
 void CZedaDirectoryScreen::request(const QString& user, const QString& password, const QString& step)
 {
     m_step = step;
+    m_asked = true;
     if (!isVisible())
         Show(false);
     if (!m_configured) {
@@ -109,6 +110,14 @@ void CZedaDirectoryScreen::request(const QString& user, const QString& password,
         showLine(text(QT_TRANSLATE_NOOP("CZedaDirectoryScreen", "cannot send the request")), true);
         QTimer::singleShot(0, this, [this] { end(QStringLiteral("error code=-1")); });
     }
+}
+
+void CZedaDirectoryScreen::followScreen(bool homeShown)
+{
+    if (homeShown && m_asked)
+        Show(false);
+    else if (!homeShown && isVisible())
+        Hide(false);
 }
 
 QString CZedaDirectoryScreen::statusText() const

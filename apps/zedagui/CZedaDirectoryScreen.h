@@ -26,6 +26,8 @@ public:
     // Asks the directory for its entries; a user or password given replaces
     // the stored one first. finished() follows when the call has ended.
     void request(const QString& user, const QString& password, const QString& step);
+    // Shown with the home screen once it has been asked, hidden with other screens.
+    void followScreen(bool homeShown);
     QString statusText() const;
     bool signInFailed() const;
 
@@ -44,4 +46,5 @@ private:
     QString m_proxy;
     QString m_user;
     bool m_configured = false;
+    bool m_asked = false;
 };
