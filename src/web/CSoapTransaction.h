@@ -20,8 +20,8 @@
 #include <QString>
 #include <QUrl>
 
-class CSoapService;
-class CTavoSoapAccessMgr;
+#include "web/CSoapService.h"
+#include "web/CTavoSoapAccessMgr.h"
 class QTimer;
 
 class TGUI_EXPORT CSoapTransaction : public QObject
