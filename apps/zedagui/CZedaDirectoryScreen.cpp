@@ -45,21 +45,32 @@ void CZedaDirectoryScreen::applySkin(const QString& style, const QString& attrib
 void CZedaDirectoryScreen::configure(const QString& url, const QString& pacFile, const QString& user,
                                      const QString& password)
 {
-    if (url.isEmpty())
-        return;
+    // Taken up at the first call: evaluating the script waits until the
+    // directory is wanted, not in the way of the first frame.
+    m_url = url;
+    m_pacFile = pacFile;
+    m_user = user;
+    m_password = password;
+}
+
+bool CZedaDirectoryScreen::ensureService()
+{
+    if (m_configured || m_url.isEmpty())
+        return m_configured;
     CTavoSoapAccessMgr* mgr = CTavoSoapAccessMgr::getAccessManager();
-    if (!pacFile.isEmpty())
-        mgr->assignPac(pacFile.toUtf8().constData());
-    if (!mgr->installService(QString::fromLatin1(kService), url, user, password)) {
+    if (!m_pacFile.isEmpty())
+        mgr->assignPac(m_pacFile.toUtf8().constData());
+    if (!mgr->installService(QString::fromLatin1(kService), m_url, m_user, m_password)) {
         guiLog(4, "zedagui: the directory service cannot be installed");
-        return;
+        m_url.clear();
+        return false;
     }
     connect(mgr, &CTavoSoapAccessMgr::reportProxyData, this, [this](const QString& proxy) {
         if (!proxy.isEmpty())
             m_proxy = proxy;
     });
-    m_user = user;
     m_configured = true;
+    return true;
 }
 
 void CZedaDirectoryScreen::request(const QString& user, const QString& password, const QString& step)
@@ -68,7 +79,7 @@ void CZedaDirectoryScreen::request(const QString& user, const QString& password,
     m_asked = true;
     if (!isVisible())
         Show(false);
-    if (!m_configured) {
+    if (!ensureService()) {
         showLine(text(QT_TRANSLATE_NOOP("CZedaDirectoryScreen", "not configured")), true);
         QTimer::singleShot(0, this, [this] { end(QStringLiteral("unconfigured")); });
         return;

@@ -35,6 +35,7 @@ signals:
     void finished(const QString& step, const QString& summary);
 
 private:
+    bool ensureService();
     void showLine(const QString& line, bool failed);
     void end(const QString& summary);
 
@@ -45,6 +46,9 @@ private:
     QString m_step;
     QString m_proxy;
     QString m_user;
+    QString m_url;
+    QString m_pacFile;
+    QString m_password;
     bool m_configured = false;
     bool m_asked = false;
 };
