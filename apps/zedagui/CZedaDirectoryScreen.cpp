@@ -76,7 +76,6 @@ bool CZedaDirectoryScreen::ensureService()
 void CZedaDirectoryScreen::request(const QString& user, const QString& password, const QString& step)
 {
     m_step = step;
-    m_asked = true;
     if (!isVisible())
         Show(false);
     if (!ensureService()) {
@@ -125,9 +124,9 @@ void CZedaDirectoryScreen::request(const QString& user, const QString& password,
 
 void CZedaDirectoryScreen::followScreen(bool homeShown)
 {
-    if (homeShown && m_asked)
-        Show(false);
-    else if (!homeShown && isVisible())
+    // The answer belongs to the moment it came: another screen puts it away,
+    // and the next call brings the line back.
+    if (!homeShown && isVisible())
         Hide(false);
 }
 

@@ -26,7 +26,7 @@ public:
     // Asks the directory for its entries; a user or password given replaces
     // the stored one first. finished() follows when the call has ended.
     void request(const QString& user, const QString& password, const QString& step);
-    // Shown with the home screen once it has been asked, hidden with other screens.
+    // Put away when another screen than home is shown; the next call shows it again.
     void followScreen(bool homeShown);
     QString statusText() const;
     bool signInFailed() const;
@@ -50,5 +50,4 @@ private:
     QString m_pacFile;
     QString m_password;
     bool m_configured = false;
-    bool m_asked = false;
 };
