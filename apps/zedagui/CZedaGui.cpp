@@ -9,6 +9,7 @@
 #include "CTXMLEvent.h"
 #include "CZedaHomeScreen.h"
 #include "CZedaSoftkeyBar.h"
+#include "data/CTavoDbTable.h"
 #include "layout/CTXMLDataConverter.h"
 #include "log/GuiLog.h"
 #include "style/CTavoStyleSheetFile.h"
@@ -44,9 +45,11 @@ CZedaGui::CZedaGui()
         if (!code.isEmpty())
             guiLog(2, "zedagui: language %s", qPrintable(code));
     });
-    connect(this, &CTavoLayoutMgr::appConnectionStatusChanged, this, [](GuiAppsT app, bool up) {
+    connect(this, &CTavoLayoutMgr::appConnectionStatusChanged, this, [this](GuiAppsT app, bool up) {
         const char* name = appDefsName(app);
         guiLog(2, "zedagui: peer %s %s", name ? name : "?", up ? "up" : "down");
+        if (app == GuiAppsDbs && up)
+            watchContacts();
     });
     // The manager's translator has taken them by now: it was connected first.
     connect(this, &CTavoLayoutMgr::receivedTranslations, this, [this](const QHash<QString, QString>& t) {
@@ -60,6 +63,8 @@ CZedaGui::CZedaGui()
     });
     requestTranslations(QVector<int>(std::begin(kStringIds), std::end(kStringIds)), true);
 
+    m_contactTimer.setSingleShot(true);
+    connect(&m_contactTimer, &QTimer::timeout, this, &CZedaGui::refreshContactCount);
     m_clockTimer.setInterval(10000);
     connect(&m_clockTimer, &QTimer::timeout, this, &CZedaGui::refreshClock);
     initWidgets();
@@ -118,6 +123,27 @@ void CZedaGui::refreshPhoneState()
 {
     if (m_home)
         m_home->setPhoneState(isAppConnected(GuiAppsTavoapp), isAppConnected(GuiAppsDbs));
+}
+
+void CZedaGui::watchContacts()
+{
+    if (m_contacts)
+        return;
+    m_contacts = db().subscribeToTable(QStringLiteral("contacts"));
+    if (!m_contacts)
+        return;
+    const auto later = [this] { m_contactTimer.start(0); };
+    connect(m_contacts, &QAbstractItemModel::rowsInserted, this, later);
+    connect(m_contacts, &QAbstractItemModel::rowsRemoved, this, later);
+    connect(m_contacts, &QAbstractItemModel::modelReset, this, later);
+}
+
+void CZedaGui::refreshContactCount()
+{
+    if (!m_contacts || !m_home)
+        return;
+    guiLog(2, "zedagui: %d contacts", m_contacts->rowCount());
+    m_home->setContactCount(m_contacts->rowCount());
 }
 
 void CZedaGui::onWidgetEvent(QString url, QString data, int type)

@@ -15,6 +15,7 @@
 
 #include "layout/CTavoLayoutMgr.h"
 
+class CTavoDbTable;
 class CZedaHomeScreen;
 class CZedaSoftkeyBar;
 
@@ -54,12 +55,17 @@ private:
     void leaveBootScreen();
     void refreshClock();
     void refreshPhoneState();
+    // The home screen counts the rows of the directory's "contacts" table.
+    void watchContacts();
+    void refreshContactCount();
     // The name of a document for its screenshot: its "step" pair, else what it held.
     static QString stepName(const CTXMLRoot& root);
 
     CZedaHomeScreen* m_home = nullptr;
     CZedaSoftkeyBar* m_softkeys = nullptr;
     QTimer m_clockTimer;
+    CTavoDbTable* m_contacts = nullptr;
+    QTimer m_contactTimer;  // one count per burst of model changes
     QString m_lastAction;
     bool m_booted = false;
     bool m_painted = false;
