@@ -63,8 +63,6 @@ CZedaGui::CZedaGui()
     });
     requestTranslations(QVector<int>(std::begin(kStringIds), std::end(kStringIds)), true);
 
-    m_contactTimer.setSingleShot(true);
-    connect(&m_contactTimer, &QTimer::timeout, this, &CZedaGui::refreshContactCount);
     m_clockTimer.setInterval(10000);
     connect(&m_clockTimer, &QTimer::timeout, this, &CZedaGui::refreshClock);
     initWidgets();
@@ -132,18 +130,20 @@ void CZedaGui::watchContacts()
     m_contacts = db().subscribeToTable(QStringLiteral("contacts"));
     if (!m_contacts)
         return;
-    const auto later = [this] { m_contactTimer.start(0); };
-    connect(m_contacts, &QAbstractItemModel::rowsInserted, this, later);
-    connect(m_contacts, &QAbstractItemModel::rowsRemoved, this, later);
-    connect(m_contacts, &QAbstractItemModel::modelReset, this, later);
+    // At once, not later: a document right behind a notification must find
+    // the new count on the screen.
+    connect(m_contacts, &QAbstractItemModel::rowsInserted, this, &CZedaGui::refreshContactCount);
+    connect(m_contacts, &QAbstractItemModel::rowsRemoved, this, &CZedaGui::refreshContactCount);
+    connect(m_contacts, &QAbstractItemModel::modelReset, this, &CZedaGui::refreshContactCount);
 }
 
 void CZedaGui::refreshContactCount()
 {
-    if (!m_contacts || !m_home)
+    if (!m_contacts || !m_home || m_contacts->rowCount() == m_contactCount)
         return;
-    guiLog(2, "zedagui: %d contacts", m_contacts->rowCount());
-    m_home->setContactCount(m_contacts->rowCount());
+    m_contactCount = m_contacts->rowCount();
+    guiLog(2, "zedagui: %d contacts", m_contactCount);
+    m_home->setContactCount(m_contactCount);
 }
 
 void CZedaGui::onWidgetEvent(QString url, QString data, int type)

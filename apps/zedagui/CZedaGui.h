@@ -65,7 +65,7 @@ private:
     CZedaSoftkeyBar* m_softkeys = nullptr;
     QTimer m_clockTimer;
     CTavoDbTable* m_contacts = nullptr;
-    QTimer m_contactTimer;  // one count per burst of model changes
+    int m_contactCount = -1;
     QString m_lastAction;
     bool m_booted = false;
     bool m_painted = false;

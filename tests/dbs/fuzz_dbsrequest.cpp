@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QtGlobal>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 
@@ -13,11 +14,14 @@
 #include "core/AppDefs.h"
 
 namespace {
-void check(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
+// The failed condition and its line, then the crash libFuzzer reports.
+#define check(condition)                                                            \
+    do {                                                                            \
+        if (!(condition)) {                                                         \
+            std::fprintf(stderr, "check failed at line %d: %s\n", __LINE__, #condition); \
+            std::abort();                                                           \
+        }                                                                           \
+    } while (0)
 
 void quiet(QtMsgType, const QMessageLogContext&, const QString&) {}
 
@@ -47,6 +51,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     QString error;
     check(db->open(true, &error));
     sqlite3_exec(db->handle(), kSeed, nullptr, nullptr, nullptr);
+    bool overflow = false;
+    db->takeChanges(&overflow);  // the seed is no news
     db->setTimeLimit(50);
     sqlite3_limit(db->handle(), SQLITE_LIMIT_LENGTH, 1 << 16);
     DbsServer server(2);

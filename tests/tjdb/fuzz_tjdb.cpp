@@ -2,6 +2,7 @@
 // Besides surviving: a failed read leaves the object empty with a reason, and
 // whatever was read writes back to a text that reads the same again.
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -10,11 +11,14 @@
 #include "CTJDbResp.h"
 
 namespace {
-void check(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
+// The failed condition and its line, then the crash libFuzzer reports.
+#define check(condition)                                                            \
+    do {                                                                            \
+        if (!(condition)) {                                                         \
+            std::fprintf(stderr, "check failed at line %d: %s\n", __LINE__, #condition); \
+            std::abort();                                                           \
+        }                                                                           \
+    } while (0)
 
 void checkRequest(const char* data, std::size_t size)
 {
