@@ -7,7 +7,7 @@
 // through tgui-dbs to rowsInserted. Beside them: QSqlTableModel::select() with
 // fetchMore to the end on the same file, in-process.
 //
-//   bench_dbtable [rows]          (default 10000)
+//   bench_dbtable [rows [batch]]  (default 10000 rows, batches of 100)
 //   bench_dbtable --writer FILE   the other process: one INSERT per line read
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -218,6 +218,7 @@ int main(int argc, char** argv)
     QTimer heartbeat;
     heartbeat.start(50);
     const int rows = argc > 1 ? std::max(100, std::atoi(argv[1])) : 10000;
+    const int batch = argc > 2 ? std::max(1, std::atoi(argv[2])) : 100;
     const QString bin = QCoreApplication::applicationDirPath();
     QTemporaryDir dir;
     const QString path = dir.filePath("bench.db");
@@ -237,12 +238,12 @@ int main(int argc, char** argv)
     dbs.process.setProcessChannelMode(QProcess::ForwardedOutputChannel);
     dbs.process.setStandardErrorFile(QProcess::nullDevice());
     dbs.process.start(bin + "/tgui-dbs", {"--port", QString::number(port), "--poll-interval", "2", "--batch-size",
-                                          "100", path});
+                                          QString::number(batch), path});
     if (!core.waitFor("REGISTER dbs", 10000)) {
         std::fprintf(stderr, "bench_dbtable: tgui-dbs did not register\n");
         return 1;
     }
-    std::printf("bench_dbtable: %d rows of 4 columns, tgui-dbs --batch-size 100 --poll-interval 2\n", rows);
+    std::printf("bench_dbtable: %d rows of 4 columns, tgui-dbs --batch-size %d --poll-interval 2\n", rows, batch);
 
     std::vector<double> subscribe, resync, sqlModel, otherBig, otherSmall, own;
     {
@@ -297,6 +298,18 @@ int main(int argc, char** argv)
             own.push_back((seen - t0) / 1e6);
         }
     }
+    std::vector<double> commit;
+    {
+        // What the commit alone costs on this disk: one INSERT on a connection of this process.
+        sqlite3* db = nullptr;
+        sqlite3_open(QFile::encodeName(path).constData(), &db);
+        for (int i = 0; i < 100; ++i) {
+            const qint64 t0 = nowNs();
+            sqlite3_exec(db, "INSERT INTO calls VALUES('+41 44 555 0001', datetime('now'))", nullptr, nullptr, nullptr);
+            commit.push_back((nowNs() - t0) / 1e6);
+        }
+        sqlite3_close(db);
+    }
     {
         QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("bench"));
         db.setDatabaseName(path);
@@ -328,6 +341,8 @@ int main(int argc, char** argv)
                 rows, otherBig.size(), median(otherBig), percentile(otherBig, 0.9));
     std::printf("  INSERT through tgui-dbs -> rowsInserted (median of %zu): %6.2f ms (p90 %.2f)\n", own.size(),
                 median(own), percentile(own, 0.9));
+    std::printf("  for scale: one INSERT committed in-process on the same file (median of %zu): %6.2f ms\n",
+                commit.size(), median(commit));
     bRebootInitiated = false;
     return 0;
 }

@@ -96,6 +96,8 @@ void CoreServer::incomingConnection(qintptr descriptor)
             return;
         }
     }
+    // Frames are routed one by one as they come: none may wait for an acknowledgement.
+    socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     auto* peer = new Peer;
     peer->socket = socket;
     m_peers.append(peer);

@@ -152,6 +152,11 @@ int main(int argc, char** argv)
     dbs.setSender([com](int destination, const QByteArray& payload) {
         com->send(payload.constData(), GuiAppsT(destination), GuiAppsMsgDb);
     });
+    // Answers and notifications go out as several small frames in a row:
+    // without TCP_NODELAY each one after the first waits for the core's
+    // delayed acknowledgement. Set in the socket's own thread, once connected.
+    QObject::connect(com, &CTavoCoreCommunicator::connectedAndIdentified, com,
+                     [com] { com->setSocketOption(QAbstractSocket::LowDelayOption, 1); }, Qt::DirectConnection);
     QObject::connect(com, &CTavoCoreCommunicator::messageReceived, &dbs,
                      [&dbs](QByteArray data, GuiAppsT source, GuiAppsMsgTypeT type) {
                          dbs.handleFrame(data, source, type);
@@ -164,5 +169,6 @@ int main(int argc, char** argv)
     delete com;
     ::close(g_signalPipe[0]);
     ::close(g_signalPipe[1]);
+    hostGuiLog = nullptr;
     return code;
 }

@@ -100,6 +100,28 @@ private slots:
         QCOMPARE(link.sent.size(), 4);
     }
 
+    void aPeerThatDiesMidAnswer()
+    {
+        Link link;
+        link.db.setConnected(true);
+        CTavoDbTable* table = link.db.subscribeToTable("calls");
+        const QString token = QString::fromUtf8(link.sent.last().getStr(ReqElementToken));
+        // Two of five rows, then "dbs" is gone: what came stays, whole rows only.
+        QTest::ignoreMessage(QtDebugMsg, "Synchronizing table with 2 rows and 2 columns");
+        link.answer(dbResponse(token, NotificationSync, {"rowid", "name"}, contactRows(1, 2), 5));
+        link.db.setConnected(false);
+        QCOMPARE(table->rowCount(), 2);
+        // Back again: the whole table anew, nothing left of the broken answer.
+        QTest::ignoreMessage(QtDebugMsg, "Subscribing to calls");
+        link.db.setConnected(true);
+        QCOMPARE(QString::fromUtf8(link.sent.last().getStr(ReqElementToken)), token);
+        QTest::ignoreMessage(QtDebugMsg, "Synchronizing table with 3 rows and 2 columns");
+        link.answer(dbResponse(token, NotificationSync, {"rowid", "name"}, contactRows(7, 9)));
+        QCOMPARE(table->rowCount(), 3);
+        QCOMPARE(table->rowIndex(1), -1);
+        QCOMPARE(table->rowId(2), 9LL);
+    }
+
     void databaseName()
     {
         Link link;
