@@ -106,6 +106,7 @@ void CZedaGui::leaveBootScreen()
         return;
     m_booted = true;
     setUseBootingBackground(false);
+    m_current = m_home;
     m_home->Show(false);
     m_softkeys->Show(false);
     guiLog(2, "zedagui: home screen shown");
@@ -146,12 +147,51 @@ void CZedaGui::refreshContactCount()
     m_home->setContactCount(m_contactCount);
 }
 
+void CZedaGui::addScreen(const QString& openUrl, CTavoLayoutWidget* screen)
+{
+    m_screens.insert(openUrl, screen);
+    m_childWidgets.insert(HomeScreen + SoftkeyBar + m_screens.size(), screen);
+    screen->hide();
+}
+
+bool CZedaGui::showScreen(const QString& name)
+{
+    if (m_home && m_home->objectName() == name) {
+        switchTo(m_home);
+        return true;
+    }
+    for (CTavoLayoutWidget* screen : qAsConst(m_screens)) {
+        if (screen->objectName() == name) {
+            switchTo(screen);
+            return true;
+        }
+    }
+    guiLog(4, "zedagui: no screen \"%s\"", qPrintable(name));
+    return false;
+}
+
+void CZedaGui::switchTo(CTavoLayoutWidget* screen)
+{
+    if (!m_booted || screen == m_current)
+        return;
+    if (m_current)
+        m_current->Hide(false);
+    m_current = screen;
+    screen->Show(false);
+    guiLog(2, "zedagui: screen %s", qPrintable(screen->objectName()));
+}
+
 void CZedaGui::onWidgetEvent(QString url, QString data, int type)
 {
     Q_UNUSED(type);
     // A press with no press URL, or a finger that slid off a key: nothing to tell.
     if (url.isEmpty() || url == QLatin1String("button-cancelled"))
         return;
+    // Opening a screen is the GUI's own business; the core still hears of the press.
+    if (CTavoLayoutWidget* screen = m_screens.value(url))
+        switchTo(screen);
+    else if (url == QLatin1String("SoftKey:Back"))
+        switchTo(m_home);
     CTXMLEvent event;
     if (!event.set(url.toUtf8().constData(), kGuiEventType, kGuiEventFlags))
         guiLog(4, "zedagui: event URI cut to %d bytes: %s", int(sizeof event.uri) - 1, qPrintable(url));
@@ -175,11 +215,7 @@ void CZedaGui::handleTXmlMsg(QByteArray& data, GuiAppsT source, GuiAppsMsgTypeT 
             refreshClock();
         } else if (uriType == TxmlUriAppStatus) {
             refreshPhoneState();
-        } else if (std::strcmp(root.uri, "Demo:Press") == 0) {
-            emit pressRequested(QString::fromUtf8(root.value("key")));
-            return;
-        } else if (std::strcmp(root.uri, "Demo:End") == 0) {
-            emit scenarioEnded();
+        } else if (handleDemoDocument(root)) {
             return;
         }
     }
@@ -188,6 +224,54 @@ void CZedaGui::handleTXmlMsg(QByteArray& data, GuiAppsT source, GuiAppsMsgTypeT 
         guiLog(2, "zedagui: %d softkeys: %s", labels.size(), qPrintable(labels.join(QLatin1String(" | "))));
     }
     emit documentHandled(stepName(root));
+}
+
+namespace {
+// "X,Y" in window pixels; false if it is not two integers.
+bool parsePoint(const char* text, QPoint* point)
+{
+    const QList<QByteArray> xy = QByteArray(text).split(',');
+    bool okX = false;
+    bool okY = false;
+    if (xy.size() == 2)
+        *point = QPoint(xy[0].trimmed().toInt(&okX), xy[1].trimmed().toInt(&okY));
+    return okX && okY;
+}
+}  // namespace
+
+// The demo's own actions; true when the document was one of them.
+bool CZedaGui::handleDemoDocument(const CTXMLRoot& root)
+{
+    const char* uri = root.uri;
+    if (std::strncmp(uri, "Demo:", 5) != 0)
+        return false;
+    const QString step = stepName(root);
+    if (std::strcmp(uri, "Demo:Press") == 0) {
+        emit pressRequested(QString::fromUtf8(root.value("key")));
+    } else if (std::strcmp(uri, "Demo:Drag") == 0) {
+        QPoint from;
+        QPoint to;
+        const int ms = QByteArray(root.value("ms")).toInt();
+        if (parsePoint(root.value("from"), &from) && parsePoint(root.value("to"), &to))
+            emit dragRequested(from, to, qBound(0, ms, 10000), step);
+        else
+            guiLog(4, "zedagui: Demo:Drag needs from=X,Y;to=X,Y");
+    } else if (std::strcmp(uri, "Demo:Key") == 0) {
+        const QByteArray hold = root.value("hold");
+        emit keyRequested(QString::fromUtf8(root.value("key")),
+                          QByteArray(root.value("keypad")) == "1", qBound(0, hold.toInt(), 10000), step);
+    } else if (std::strcmp(uri, "Demo:Wait") == 0) {
+        emit waitRequested(qBound(0, QByteArray(root.value("ms")).toInt(), 60000), step);
+    } else if (std::strcmp(uri, "Demo:Show") == 0) {
+        showScreen(QString::fromUtf8(root.value("screen")));
+        emit documentHandled(step);
+    } else if (std::strcmp(uri, "Demo:End") == 0) {
+        emit scenarioEnded();
+    } else {
+        // "Demo:Step" and the like only name what the rest of the document shows.
+        return false;
+    }
+    return true;
 }
 
 QString CZedaGui::stepName(const CTXMLRoot& root)
