@@ -204,8 +204,9 @@ void DbsDatabase::execute(const QByteArray& sql, int batchRows, Result* result)
         if (sqlite3_total_changes64(m_db) - totalBefore > m_hookCalls - hooksBefore
             || (m_hookCalls != hooksBefore && replaces(QByteArray(sqlite3_sql(stmt)))))
             m_overflow = true;
+        // sqlite3_changes keeps the count of the last writing statement.
+        result->changes = sqlite3_stmt_readonly(stmt) ? 0 : sqlite3_changes(m_db);
         sqlite3_finalize(stmt);
-        result->changes = sqlite3_changes(m_db);
     }
     m_deadline = 0;
     result->lastInsertId = sqlite3_last_insert_rowid(m_db);

@@ -48,7 +48,8 @@ CZedaGui::CZedaGui()
     connect(this, &CTavoLayoutMgr::appConnectionStatusChanged, this, [this](GuiAppsT app, bool up) {
         const char* name = appDefsName(app);
         guiLog(2, "zedagui: peer %s %s", name ? name : "?", up ? "up" : "down");
-        if (app == GuiAppsDbs && up)
+        // The directory waits until the boot screen is on the screen.
+        if (app == GuiAppsDbs && up && m_painted)
             watchContacts();
     });
     // The manager's translator has taken them by now: it was connected first.
@@ -304,5 +305,7 @@ void CZedaGui::paintEvent(QPaintEvent* event)
     if (!m_painted) {
         m_painted = true;
         emit firstFramePainted();
+        if (isAppConnected(GuiAppsDbs))
+            QTimer::singleShot(0, this, &CZedaGui::watchContacts);
     }
 }
