@@ -16,7 +16,10 @@
 //
 // Screens: the home screen and the softkey bar are always there; every other
 // screen registers with addScreen() under the URL of the button that opens it
-// ("Home:CallHistory"), and "SoftKey:Back" returns home.
+// ("Home:CallHistory"), and "SoftKey:Back" returns home. A flyout document of
+// the core fills the softkey flyout (CZedaMenuFlyout), which the softkey at the
+// document's "keyIndex" opens; the configuration pairs "systemName" and
+// "systemNumber" name the phone on its banner.
 #include <QHash>
 #include <QPoint>
 #include <QString>
@@ -26,6 +29,8 @@
 
 class CTavoDbTable;
 class CZedaHomeScreen;
+class CZedaMenuFlyout;
+class CZedaNetworkScreen;
 class CZedaSoftkeyBar;
 
 class CZedaGui : public CTavoLayoutMgr
@@ -33,7 +38,7 @@ class CZedaGui : public CTavoLayoutMgr
     Q_OBJECT
 public:
     // Keys of the manager's registry of surfaces.
-    enum { HomeScreen = 1, SoftkeyBar = 2 };
+    enum { HomeScreen = 1, SoftkeyBar = 2, MenuFlyout = 100 };
 
     CZedaGui();
     ~CZedaGui() override;
@@ -41,6 +46,8 @@ public:
     bool isBooted() const { return m_booted; }
     CZedaHomeScreen* homeScreen() const { return m_home; }
     CZedaSoftkeyBar* softkeyBar() const { return m_softkeys; }
+    CZedaMenuFlyout* menuFlyout() const { return m_menu; }
+    CZedaNetworkScreen* networkScreen() const { return m_network; }
     // A screen shown when a button sends openUrl; the manager owns it.
     void addScreen(const QString& openUrl, CTavoLayoutWidget* screen);
     // Shows the screen of that object name ("home" or a registered one) instead of
@@ -50,9 +57,18 @@ public:
     // The time as the status strip shows it: 24-hour or 12-hour clock.
     static QString clockText(const QTime& time, bool hours24);
 
+    // What the flyout's banner shows.
+    QString systemName() const override { return m_systemName; }
+    QString systemNumber() const override { return m_systemNumber; }
+    QString systemIp(bool ipv6) const override;
+    bool isNetworkUp() const override;
+    bool isFlyoutOpen() const override;
+
 signals:
     // A document from the core has taken effect; step is its name for a screenshot.
     void documentHandled(const QString& step);
+    // A document from the core is about to take effect.
+    void documentArriving();
     void pressRequested(const QString& buttonName);
     // Demo documents whose screenshot waits until their action has ended.
     void dragRequested(const QPoint& from, const QPoint& to, int ms, const QString& step);
@@ -84,6 +100,11 @@ private:
 
     CZedaHomeScreen* m_home = nullptr;
     CZedaSoftkeyBar* m_softkeys = nullptr;
+    CZedaMenuFlyout* m_menu = nullptr;
+    QString m_menuOwnerUrl;  // the URL of the key the flyout came for
+    QString m_systemName;
+    QString m_systemNumber;
+    CZedaNetworkScreen* m_network = nullptr;
     CTavoLayoutWidget* m_current = nullptr;
     QHash<QString, CTavoLayoutWidget*> m_screens;  // by the URL that opens them
     QTimer m_clockTimer;

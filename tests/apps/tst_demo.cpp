@@ -60,6 +60,16 @@ double lightCentre(const QImage& image, const QRect& area)
     return right < 0 ? -1.0 : (left + right) / 2.0;
 }
 
+// Pixels brighter than the dark backgrounds of the skin: text and icons.
+int brightPixels(const QImage& image, const QRect& area)
+{
+    int n = 0;
+    for (int y = area.top(); y <= area.bottom(); ++y)
+        for (int x = area.left(); x <= area.right(); ++x)
+            n += qGray(image.pixel(x, y)) > 150 ? 1 : 0;
+    return n;
+}
+
 int distinctColours(const QImage& image)
 {
     QSet<QRgb> colours;
@@ -85,6 +95,12 @@ class TestDemo : public QObject
     {
         QImage image(m_dir.filePath("shots/" + name + ".png"));
         return image.convertToFormat(QImage::Format_RGB32);
+    }
+    // A screenshot by its step name, whatever its number.
+    QImage step(const QString& name) const
+    {
+        const QStringList found = QDir(m_dir.filePath("shots")).entryList({"[0-9][0-9]-" + name + ".png"}, QDir::Files);
+        return found.size() == 1 ? shot(found.first().chopped(4)) : QImage();
     }
 
 private slots:
@@ -154,7 +170,7 @@ private slots:
         const QRegularExpressionMatch m = frame.match(m_guiOut);
         QVERIFY2(m.hasMatch(), qPrintable(m_guiOut));
         QVERIFY(m.captured(1).toInt() > 0);
-        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 15 screenshots"));
+        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 44 screenshots"));
         QVERIFY(m_coreOut.contains("SCENARIO done"));
         QVERIFY(!m_coreOut.contains("SCENARIO timeout"));
     }
@@ -166,6 +182,9 @@ private slots:
             "EVENT zedagui type=0 <TXML><Event uri=\"SoftKey:Back\" type=\"1000\" flags=\"1\">",
             "EVENT zedagui type=0 <TXML><Event uri=\"Gui:Translate\">data=1%2C2%2C3%2C4%2C5%2C6%2C7%2C8%2C9<",
             "EVENT zedagui type=0 <TXML><Event uri=\"Home:Contacts\" type=\"1000\" flags=\"1\">",
+            "EVENT zedagui type=0 <TXML><Event uri=\"Home:Settings\" type=\"1000\" flags=\"1\">",
+            "EVENT zedagui type=0 <TXML><Event uri=\"SoftKey:ToggleEditMode\" type=\"1000\" flags=\"1\">",
+            "EVENT zedagui type=0 <TXML><Event uri=\"SoftKey:Back\" type=\"1000\" flags=\"1\">",
         };
         // A first translation request comes with the first language, before any press.
         int from = m_coreOut.indexOf(expected.at(0));
@@ -175,8 +194,10 @@ private slots:
             QVERIFY2(at >= from, qPrintable(line + "\n---\n" + m_coreOut));
             from = at + 1;
         }
-        // Sliding off or pressing without a press URL sends nothing else.
-        QCOMPARE(m_coreOut.count("EVENT zedagui"), 5);
+        // Sliding off or pressing without a press URL sends nothing else; the
+        // flyout adds its report, two Menu presses, a choice and two closings,
+        // the Network screen its tile, the mode key and Back.
+        QCOMPARE(m_coreOut.count("EVENT zedagui"), 14);
     }
 
     void theHomeScreenCountsTheDirectorysContacts()
@@ -194,7 +215,7 @@ private slots:
     void everyScreenshotIsARealScreen()
     {
         const QStringList names = QDir(m_dir.filePath("shots")).entryList({"*.png"}, QDir::Files, QDir::Name);
-        QCOMPARE(names.size(), 15);
+        QCOMPARE(names.size(), 44);
         for (const QString& file : names) {
             const QImage image = shot(file.chopped(4));
             QCOMPARE(image.size(), QSize(800, 480));
@@ -295,6 +316,115 @@ private slots:
         // The directory goes away: the paragraph again.
         const QRect offline = diffBox(shot("11-translations-fr"), shot("12-directory-offline"), statusStrip);
         QVERIFY(!offline.isEmpty() && intro.contains(offline));
+    }
+
+    void menuFlyoutOpensTakesADigitAndClosesByItself()
+    {
+        // The flyout's report, the Menu key, digit 2's choice and the closing, in order;
+        // then the Menu key again and, with no key in between, the closing by time-out.
+        const QStringList expected = {
+            "<Event uri=\"Gui:Event\" type=\"1000\" flags=\"1\">data=labels%3DMessages%3BCall%3BContacts"
+            "%3BCall history%3BFeatures%3BSettings%3BkeyIndex%3D3<",
+            "<Event uri=\"softkey:542-Menu\" type=\"1000\" flags=\"1\">",
+            "<Event uri=\"softkey:702-Call\" type=\"1000\" flags=\"1\">data=state%3Dpressed%3B"
+            "key%3DKey:FlyoutSelect%3Bvalue%3Dcall%3B<",
+            "<Event uri=\"Gui:Event\" type=\"1000\" flags=\"1\">data=flyIn%3D1%3BkeyIndex%3D3<",
+            "<Event uri=\"softkey:542-Menu\" type=\"1000\" flags=\"1\">",
+            "<Event uri=\"Gui:Event\" type=\"1000\" flags=\"1\">data=flyIn%3D1%3BkeyIndex%3D3<",
+        };
+        QStringList events;
+        for (const QString& line : m_coreOut.split('\n')) {
+            if (line.startsWith("EVENT zedagui") && (line.contains("Gui:Event") || line.contains("softkey:7")
+                                                     || line.contains("softkey:542-Menu")))
+                events << line;
+        }
+        QCOMPARE(events.size(), expected.size());
+        for (int i = 0; i < expected.size(); ++i)
+            QVERIFY2(events.at(i).contains(expected.at(i)), qPrintable(events.at(i)));
+
+        const QImage before = step("menu-flyout");
+        const QImage open = step("menu-open");
+        const QImage chosen = step("menu-digit-2");
+        const QImage reopened = step("menu-reopened");
+        const QImage timedOut = step("menu-timeout");
+        for (const QImage& image : {before, open, chosen, reopened, timedOut})
+            QVERIFY(!image.isNull());
+        const QRect statusStrip(0, 0, 800, 40);  // the clock may turn a minute
+        // Open: above the Menu key, its right edge on the key's, and the key lit.
+        const QRect flyoutAndKey(474, 84, 320, 392);
+        for (const QImage& image : {open, reopened}) {
+            const QRect changed = diffBox(before, image, statusStrip);
+            QVERIFY2(flyoutAndKey.contains(changed) && changed.width() > 300 && changed.height() > 300,
+                     qPrintable(QString("%1,%2 %3x%4").arg(changed.x()).arg(changed.y()).arg(changed.width()).arg(changed.height())));
+            // The banner's three lines and a digit on each of the six rows.
+            for (int line : {92, 112, 130})
+                QVERIFY2(brightPixels(image, QRect(480, line, 120, 14)) > 20, qPrintable(QString::number(line)));
+            for (int row : {160, 202, 248, 290, 336, 378})
+                QVERIFY2(brightPixels(image, QRect(752, row + 8, 30, 24)) > 10, qPrintable(QString::number(row)));
+        }
+        // The focused first row and its owner, the Menu key, look chosen.
+        QVERIFY(qBlue(open.pixel(740, 170)) > qRed(open.pixel(740, 170)) + 80);
+        QVERIFY(qBlue(open.pixel(610, 470)) > qRed(open.pixel(610, 470)) + 80);
+        // Closed by the choice and by the time-out: the screen as before it opened.
+        QVERIFY(diffBox(before, chosen, statusStrip).isEmpty());
+        QVERIFY(diffBox(before, timedOut, statusStrip).isEmpty());
+    }
+
+    // Settings opens the Network screen; the dial pad types the address group by
+    // group, Tab goes on to the name field, whose mode identifier appears beside
+    // it, and the bar shows just the context keys the focused field asks for.
+    void networkScreenTypesIntoItsFields()
+    {
+        const QRect ipField(250, 150, 320, 44);
+        const QRect firstGroup(255, 155, 48, 34);
+        const QRect otherGroups(306, 155, 260, 34);
+        const QRect nameField(250, 230, 320, 44);
+        const QRect modeId(580, 230, 180, 44);
+        const QRect modeKey(4, 420, 196, 56);
+        const QRect deleteKey(202, 420, 196, 56);
+        const QColor selection("#306ebe");
+        auto selected = [&](const QImage& image, const QRect& area) {
+            int n = 0;
+            for (int y = area.top(); y <= area.bottom(); ++y)
+                for (int x = area.left(); x <= area.right(); ++x)
+                    n += image.pixel(x, y) == selection.rgb();
+            return n;
+        };
+        // A key is drawn where its area is lighter than the bar's own background.
+        auto keyShown = [](const QImage& image, const QRect& key) { return qBlue(image.pixel(key.center())) > 50; };
+
+        const QImage opened = step("network-softkeys");
+        QVERIFY(!opened.isNull());
+        QVERIFY(selected(opened, firstGroup) > 200);
+        QCOMPARE(selected(opened, otherGroups), 0);
+        QVERIFY(!keyShown(opened, modeKey) && keyShown(opened, deleteKey));
+
+        // Each key of the address changes the address field and nothing else.
+        const QStringList typing = {"network-softkeys", "ip-1", "ip-19", "ip-192", "ip-192-1", "ip-192-16",
+                                    "ip-192-168", "ip-192-168-1", "ip-next-group", "ip-192-168-1-2",
+                                    "ip-192-168-1-20", "ip-done"};
+        for (int i = 1; i < typing.size(); ++i) {
+            const QRect changed = diffBox(step(typing.at(i - 1)), step(typing.at(i)));
+            QVERIFY2(!changed.isEmpty() && ipField.contains(changed), qPrintable(typing.at(i)));
+        }
+        // Down after the last group wraps round to the first, selected again.
+        QVERIFY(selected(step("ip-done"), firstGroup) > 200);
+
+        // The name field: the identifier appears and the bar offers the mode key,
+        // but no delete key while the field is empty.
+        const QImage name = step("name-focus");
+        QVERIFY(diffBox(step("ip-done"), name).intersects(modeId));
+        QVERIFY(keyShown(name, modeKey) && !keyShown(name, deleteKey));
+        QCOMPARE(selected(name, firstGroup), 0);
+        const QRect typed = diffBox(name, step("name-D"));
+        QVERIFY(typed.intersects(nameField) && typed.intersects(deleteKey) && !typed.intersects(ipField));
+        QVERIFY(keyShown(step("name-D"), deleteKey));
+        // The mode key changes the identifier ("Abc" to "abc"); in the field only
+        // the blinking cursor may differ.
+        const QRect mode = diffBox(step("name-Desk"), step("name-mode-abc"), QRect(0, 416, 800, 64));
+        QVERIFY(mode.intersects(modeId) && nameField.united(modeId).contains(mode));
+        // Back on the home screen.
+        QVERIFY(diffBox(shot("12-directory-offline"), step("network-back"), QRect(0, 0, 800, 40)).isEmpty());
     }
 };
 
