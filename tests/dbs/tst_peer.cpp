@@ -269,8 +269,9 @@ private slots:
         db.query("w9", "DELETE FROM calls");
         QTRY_COMPARE(calls->rowCount(), 0);
         db.query("w10", "INSERT OR REPLACE INTO contacts(id, name) VALUES(3, 'replaced')");
-        QTRY_COMPARE(contacts->valueByRowId(3, 2).toString(), QStringLiteral("replaced"));
-        QCOMPARE(contacts->rowCount(), 251);
+        // REPLACE deleted the old row unseen: the table comes whole, in batches.
+        QTRY_VERIFY(contacts->valueByRowId(3, 2).toString() == QStringLiteral("replaced")
+                    && contacts->rowCount() == 251);
         QCOMPARE(dbs->stop(), 0);
     }
 
@@ -302,8 +303,7 @@ private slots:
         QCOMPARE(calls->columnCount(), 2);
         // A schema change by the GUI's own request brings the new header.
         gui().query("alter", "ALTER TABLE contacts ADD COLUMN email TEXT");
-        QTRY_COMPARE(contacts->columnCount(), 5);
-        QCOMPARE(contacts->rowCount(), 241);
+        QTRY_VERIFY(contacts->columnCount() == 5 && contacts->rowCount() == 241);
         QCOMPARE(dbs->stop(), 0);
     }
 
