@@ -16,6 +16,7 @@
 #include "CZedaNetworkScreen.h"
 #include "CZedaSoftkeyBar.h"
 #include "CZedaSupervisor.h"
+#include "data/CTavoDbTable.h"
 #include "layout/CTXMLDataConverter.h"
 #include "layout/CTavoEvent.h"
 #include "widgets/CTavoButton.h"
@@ -48,9 +49,12 @@ CZedaGui::CZedaGui()
         if (!code.isEmpty())
             guiLog(2, "zedagui: language %s", qPrintable(code));
     });
-    connect(this, &CTavoLayoutMgr::appConnectionStatusChanged, this, [](GuiAppsT app, bool up) {
+    connect(this, &CTavoLayoutMgr::appConnectionStatusChanged, this, [this](GuiAppsT app, bool up) {
         const char* name = appDefsName(app);
         guiLog(2, "zedagui: peer %s %s", name ? name : "?", up ? "up" : "down");
+        // The directory waits until the boot screen is on the screen.
+        if (app == GuiAppsDbs && up && m_painted)
+            watchContacts();
     });
     // The manager's translator has taken them by now: it was connected first.
     connect(this, &CTavoLayoutMgr::receivedTranslations, this, [this](const QHash<QString, QString>& t) {
@@ -184,6 +188,29 @@ void CZedaGui::refreshPhoneState()
 {
     if (m_home)
         m_home->setPhoneState(isAppConnected(GuiAppsTavoapp), isAppConnected(GuiAppsDbs));
+}
+
+void CZedaGui::watchContacts()
+{
+    if (m_contacts)
+        return;
+    m_contacts = db().subscribeToTable(QStringLiteral("contacts"));
+    if (!m_contacts)
+        return;
+    // At once, not later: a document right behind a notification must find
+    // the new count on the screen.
+    connect(m_contacts, &QAbstractItemModel::rowsInserted, this, &CZedaGui::refreshContactCount);
+    connect(m_contacts, &QAbstractItemModel::rowsRemoved, this, &CZedaGui::refreshContactCount);
+    connect(m_contacts, &QAbstractItemModel::modelReset, this, &CZedaGui::refreshContactCount);
+}
+
+void CZedaGui::refreshContactCount()
+{
+    if (!m_contacts || !m_home || m_contacts->rowCount() == m_contactCount)
+        return;
+    m_contactCount = m_contacts->rowCount();
+    guiLog(2, "zedagui: %d contacts", m_contactCount);
+    m_home->setContactCount(m_contactCount);
 }
 
 void CZedaGui::addScreen(const QString& openUrl, CTavoLayoutWidget* screen)
@@ -399,5 +426,7 @@ void CZedaGui::paintEvent(QPaintEvent* event)
     if (!m_painted) {
         m_painted = true;
         emit firstFramePainted();
+        if (isAppConnected(GuiAppsDbs))
+            QTimer::singleShot(0, this, &CZedaGui::watchContacts);
     }
 }

@@ -35,6 +35,7 @@
 #include "layout/CTavoLayoutMgr.h"
 
 class CTavoStyleSheetFile;
+class CTavoDbTable;
 class CZedaDirectoryScreen;
 class CZedaHomeScreen;
 class CZedaMenuFlyout;
@@ -102,6 +103,9 @@ private:
     void refreshClock();
     void refreshPhoneState();
     void initSupervision(CTavoStyleSheetFile* skin);
+    // The home screen counts the rows of the directory's "contacts" table.
+    void watchContacts();
+    void refreshContactCount();
     void switchTo(CTavoLayoutWidget* screen);
     bool handleDemoDocument(const CTXMLRoot& root);
     // The name of a document for its screenshot: its "step" pair, else what it held.
@@ -119,6 +123,8 @@ private:
     CTavoLayoutWidget* m_current = nullptr;
     QHash<QString, CTavoLayoutWidget*> m_screens;  // by the URL that opens them
     QTimer m_clockTimer;
+    CTavoDbTable* m_contacts = nullptr;
+    int m_contactCount = -1;
     QString m_lastAction;
     bool m_booted = false;
     bool m_painted = false;

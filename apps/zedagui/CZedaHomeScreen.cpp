@@ -101,6 +101,14 @@ void CZedaHomeScreen::setPhoneState(bool coreUp, bool directoryUp)
     refreshIntro();
 }
 
+void CZedaHomeScreen::setContactCount(int count)
+{
+    if (count == m_contacts)
+        return;
+    m_contacts = count;
+    refreshIntro();
+}
+
 CTavoButton* CZedaHomeScreen::tile(const QString& name) const
 {
     for (CTavoButton* t : m_tiles) {
@@ -125,5 +133,9 @@ void CZedaHomeScreen::refreshIntro()
     const QString directory = m_directoryUp
                                   ? text(QT_TRANSLATE_NOOP("CZedaHomeScreen", "Directory online"))
                                   : text(QT_TRANSLATE_NOOP("CZedaHomeScreen", "Directory offline"));
-    m_intro->setText(QStringLiteral("<div align=\"center\"><b>%1</b> &middot; %2</div>").arg(core.toHtmlEscaped(), directory.toHtmlEscaped()));
+    QString html = QStringLiteral("<b>%1</b> &middot; %2").arg(core.toHtmlEscaped(), directory.toHtmlEscaped());
+    if (m_contacts >= 0)
+        html += QStringLiteral(" &middot; ")
+                + text(QT_TRANSLATE_NOOP("CZedaHomeScreen", "%1 contacts")).arg(m_contacts).toHtmlEscaped();
+    m_intro->setText(QStringLiteral("<div align=\"center\">%1</div>").arg(html));
 }

@@ -22,6 +22,8 @@ public:
     void applySkin(const QString& style, const QString& attributes);
     void setClock(const QString& text);
     void setPhoneState(bool coreUp, bool directoryUp);
+    // Rows of the directory's contacts table; -1 while none has arrived.
+    void setContactCount(int count);
     CTavoButton* tile(const QString& name) const;
     const QList<CTavoButton*>& tiles() const { return m_tiles; }
 
@@ -37,4 +39,5 @@ private:
     QList<CTavoButton*> m_tiles;
     bool m_coreUp = false;
     bool m_directoryUp = false;
+    int m_contacts = -1;
 };

@@ -1,5 +1,6 @@
 // The main job end to end: the real tgui-core plays the repository's demo
-// scenario to the real zedagui on the sample skin, headless. The core must
+// scenario to the real zedagui on the sample skin, headless, with the real
+// database peer on the demo's directory. The core must
 // receive the events of the scripted presses and the translation request,
 // and every screenshot must show a real screen that changed where the
 // scenario changed it, and only there.
@@ -92,7 +93,9 @@ class TestDemo : public QObject
     TinyProxy m_proxy2;
     QString m_coreOut;
     QString m_guiOut;
+    QString m_guiLog;
     int m_guiExit = -1;
+    int m_dbsExit = -1;
 
     QImage shot(const QString& name) const
     {
@@ -146,6 +149,21 @@ private slots:
         QVERIFY2(first.startsWith("LISTENING "), first.constData());
         const QByteArray port = first.mid(10);
 
+        // The database peer registers before zedagui starts, as in run-demo.sh.
+        QProcess dbs;
+        dbs.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        dbs.start(kBinDir + "/tgui-dbs", {"--port", QString::fromLatin1(port), "--init",
+                                          kRunDir + "/db/demo.sql", m_dir.filePath("demo.db")});
+        QVERIFY(dbs.waitForStarted());
+        QByteArray early;
+        QElapsedTimer clock;
+        clock.start();
+        while (!early.contains("REGISTER dbs") && clock.elapsed() < 20000) {
+            core.waitForReadyRead(100);
+            early += core.readAll();
+        }
+        QVERIFY2(early.contains("REGISTER dbs"), early.constData());
+
         QFile conf(m_dir.filePath("Skins/default.conf"));
         QVERIFY(conf.open(QIODevice::WriteOnly));
         conf.write("[zedagui]\nSkinFile=Skins/default/default.xml\nComServerIP=127.0.0.1\nComServerPort=" + port
@@ -162,11 +180,15 @@ private slots:
         QVERIFY(gui.waitForFinished(120000));
         m_guiExit = gui.exitCode();
         m_guiOut = QString::fromUtf8(gui.readAllStandardOutput());
+        m_guiLog = QString::fromUtf8(gui.readAllStandardError());
         if (m_guiExit != 0)
-            qWarning("%s", gui.readAllStandardError().right(4000).constData());
+            qWarning("%s", qPrintable(m_guiLog.right(4000)));
         QVERIFY(core.waitForFinished(20000));
-        m_coreOut = QString::fromUtf8(core.readAll());
+        m_coreOut = QString::fromUtf8(early + core.readAll());
         QCOMPARE(core.exitCode(), 0);
+        dbs.terminate();
+        QVERIFY(dbs.waitForFinished(10000));
+        m_dbsExit = dbs.exitStatus() == QProcess::NormalExit ? dbs.exitCode() : -1;
     }
 
     void guiEndsCleanlyAndReportsItsFirstFrame()
@@ -216,6 +238,18 @@ private slots:
         QCOMPARE(m_coreOut.count("EVENT zedagui"), 19);
     }
 
+    void theHomeScreenCountsTheDirectorysContacts()
+    {
+        // Twelve from the seed script, one more from the scenario's insertion,
+        // which the peer answered after it had told zedagui.
+        const int twelve = m_guiLog.indexOf("zedagui: 12 contacts");
+        QVERIFY2(twelve >= 0, qPrintable(m_guiLog.right(3000)));
+        QVERIFY(m_guiLog.indexOf("zedagui: 13 contacts") > twelve);
+        QVERIFY(m_coreOut.contains("EVENT dbs type=1 TJDB/1 response\\n2=demo-add-contact\\n3=user\\n"));
+        QVERIFY(m_coreOut.contains("ROUTE dbs -> zedagui type=1"));
+        QCOMPARE(m_dbsExit, 0);
+    }
+
     void everyScreenshotIsARealScreen()
     {
         const QStringList names = QDir(m_dir.filePath("shots")).entryList({"*.png"}, QDir::Files, QDir::Name);
@@ -249,7 +283,7 @@ private slots:
 
     void homeBackgroundIsASmoothGradient()
     {
-        const QImage home = shot("05-directory-online");
+        const QImage home = shot("05-contact-added");
         // Between the status strip and the softkeys, beside the tiles.
         QVERIFY(longestRun(home, 20, 44, 412) < 24);
         QVERIFY(longestRun(home, 780, 44, 412) < 24);
@@ -261,7 +295,7 @@ private slots:
 
     void tileIconsAndLabelsAreCentred()
     {
-        const QImage home = shot("05-directory-online");
+        const QImage home = shot("05-contact-added");
         for (int left : {66, 242, 418, 594}) {
             const double centre = left + 74.0;
             const QRect icon(left + 4, 180, 140, 76);
@@ -332,18 +366,18 @@ private slots:
         // 24-hour clock: only the clock.
         const QRect hours = diffBox(shot("03-softkeys-home"), shot("04-clock-24h"));
         QVERIFY2(!hours.isEmpty() && clock.contains(hours), qPrintable(QString("%1 %2").arg(hours.x()).arg(hours.width())));
-        // The directory comes up: only the paragraph.
-        const QRect status = diffBox(shot("04-clock-24h"), shot("05-directory-online"), statusStrip);
+        // A contact is added: only the paragraph, with the new count.
+        const QRect status = diffBox(shot("04-clock-24h"), shot("05-contact-added"), statusStrip);
         QVERIFY(!status.isEmpty() && intro.contains(status));
         // A finger on Messages: only its tile.
-        const QRect pressed = diffBox(shot("05-directory-online"), shot("06-press-Messages"), statusStrip);
+        const QRect pressed = diffBox(shot("05-contact-added"), shot("06-press-Messages"), statusStrip);
         QVERIFY(!pressed.isEmpty() && messagesTile.contains(pressed));
         // The core's answer: the softkeys of messages.
         const QRect reply = diffBox(shot("06-press-Messages"), shot("07-reply-messages"), statusStrip.united(messagesTile));
         QVERIFY(!reply.isEmpty() && softkeys.contains(reply));
         // Back: the home keys again, on an unchanged home screen. The released key
         // may still be fading back, so the row is compared by its labels' change only.
-        QVERIFY(diffBox(shot("05-directory-online"), shot("09-reply-back"), statusStrip.united(softkeys)).isEmpty());
+        QVERIFY(diffBox(shot("05-contact-added"), shot("09-reply-back"), statusStrip.united(softkeys)).isEmpty());
         const QRect back = diffBox(shot("07-reply-messages"), shot("09-reply-back"), statusStrip.united(messagesTile));
         QVERIFY(!back.isEmpty() && softkeys.contains(back));
         // French: the language alone changes nothing visible; the translations do,
