@@ -7,6 +7,7 @@
 #include <iterator>
 
 #include "CTXMLEvent.h"
+#include "CZedaCallHistoryScreen.h"
 #include "CZedaHomeScreen.h"
 #include "CZedaSoftkeyBar.h"
 #include "layout/CTXMLDataConverter.h"
@@ -53,6 +54,8 @@ CZedaGui::CZedaGui()
         guiLog(2, "zedagui: %d translations", t.size());
         if (m_home)
             m_home->retranslateUi();
+        for (CTavoLayoutWidget* screen : qAsConst(m_screens))
+            screen->retranslateUi();
     });
     connect(this, &CTavoLayoutMgr::evLayoutMgr, this, [this](int event, int) {
         if (event == 1026)
@@ -88,6 +91,13 @@ void CZedaGui::initWidgets()
     style = itemStyle(skin, "softkeys", &attributes);
     if (!style.isEmpty())
         m_softkeys->applySkin(style, attributes);
+
+    auto* calls = new CZedaCallHistoryScreen(this);
+    attributes.clear();
+    style = itemStyle(skin, "call-history", &attributes);
+    if (!style.isEmpty())
+        calls->applySkin(style, attributes);
+    addScreen(QStringLiteral("Home:CallHistory"), calls);
 
     refreshClock();
     refreshPhoneState();

@@ -290,7 +290,10 @@ void CTavoLayoutWidget::paintEvent(QPaintEvent* event)
 // without building a list, so that a frame allocates nothing.
 void CTavoLayoutWidget::paintTree(QPainter* painter, const QObject* node, const QRect& area)
 {
-    for (QObject* child : node->children()) {
+    // By index: a view that builds rows while it paints adds children here.
+    const QObjectList& children = node->children();
+    for (int i = 0; i < children.size(); ++i) {
+        QObject* child = children.at(i);
         if (auto* widget = qobject_cast<CTavoWidget*>(child)) {
             // A view paints what it holds, scrolled, and its own bar.
             if (CTavoView::holderOf(widget))
@@ -299,6 +302,8 @@ void CTavoLayoutWidget::paintTree(QPainter* painter, const QObject* node, const 
                 widget->paint(painter);
             if (qobject_cast<CTavoView*>(widget))
                 continue;
+        } else if (child->isWidgetType()) {
+            continue;  // a surface inside this one paints its own objects
         }
         if (!child->children().isEmpty())
             paintTree(painter, child, area);

@@ -666,7 +666,9 @@ namespace {
 // descendants in findChildren order.
 void paintDescendants(QPainter* painter, const QObject* node)
 {
-    for (QObject* child : node->children()) {
+    const QObjectList& children = node->children();
+    for (int i = 0; i < children.size(); ++i) {
+        QObject* child = children.at(i);
         if (CTavoWidget* widget = qobject_cast<CTavoWidget*>(child)) {
             if (widget->isVisible())
                 widget->paint(painter);
