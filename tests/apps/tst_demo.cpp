@@ -132,7 +132,7 @@ private slots:
         const QRegularExpressionMatch m = frame.match(m_guiOut);
         QVERIFY2(m.hasMatch(), qPrintable(m_guiOut));
         QVERIFY(m.captured(1).toInt() > 0);
-        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 15 screenshots"));
+        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 26 screenshots"));
         QVERIFY(m_coreOut.contains("SCENARIO done"));
         QVERIFY(!m_coreOut.contains("SCENARIO timeout"));
     }
@@ -144,6 +144,8 @@ private slots:
             "EVENT zedagui type=0 <TXML><Event uri=\"SoftKey:Back\" type=\"1000\" flags=\"1\">",
             "EVENT zedagui type=0 <TXML><Event uri=\"Gui:Translate\">data=1%2C2%2C3%2C4%2C5%2C6%2C7%2C8%2C9<",
             "EVENT zedagui type=0 <TXML><Event uri=\"Home:Contacts\" type=\"1000\" flags=\"1\">",
+            "EVENT zedagui type=0 <TXML><Event uri=\"Home:CallHistory\" type=\"1000\" flags=\"1\">",
+            "EVENT zedagui type=0 <TXML><Event uri=\"SoftKey:Back\" type=\"1000\" flags=\"1\">",
         };
         // A first translation request comes with the first language, before any press.
         int from = m_coreOut.indexOf(expected.at(0));
@@ -154,13 +156,13 @@ private slots:
             from = at + 1;
         }
         // Sliding off or pressing without a press URL sends nothing else.
-        QCOMPARE(m_coreOut.count("EVENT zedagui"), 5);
+        QCOMPARE(m_coreOut.count("EVENT zedagui"), 7);
     }
 
     void everyScreenshotIsARealScreen()
     {
         const QStringList names = QDir(m_dir.filePath("shots")).entryList({"*.png"}, QDir::Files, QDir::Name);
-        QCOMPARE(names.size(), 15);
+        QCOMPARE(names.size(), 26);
         for (const QString& file : names) {
             const QImage image = shot(file.chopped(4));
             QCOMPARE(image.size(), QSize(800, 480));
@@ -219,6 +221,54 @@ private slots:
         const QImage back = shot("09-reply-back");
         QCOMPARE(back.pixel(610, 428), back.pixel(16, 428));
         QCOMPARE(back.pixel(610, 468), back.pixel(16, 468));
+    }
+
+    void callHistoryFlingsMovesItsFocusAndHidesItsBar()
+    {
+        // What zedagui printed beside each screenshot of the call history.
+        QHash<QString, QHash<QString, QString>> facts;
+        QString last;
+        for (const QString& line : m_guiOut.split('\n')) {
+            const QRegularExpressionMatch name = QRegularExpression("screenshot .*/(\\d\\d-[^/]*)\\.png$").match(line);
+            if (name.hasMatch())
+                last = name.captured(1);
+            if (line.startsWith("zedagui: screen call-history: ")) {
+                for (const QString& pair : line.mid(30).split(' ')) {
+                    const int eq = pair.indexOf('=');
+                    facts[last][pair.left(eq)] = pair.mid(eq + 1);
+                }
+            }
+        }
+        auto at = [&](const char* shot, const char* key) { return facts.value(shot).value(key); };
+        auto offset = [&](const char* shot) { return at(shot, "offset").toInt(); };
+        QVERIFY2(facts.contains("15-calls-top"), qPrintable(m_guiOut));
+        // At the top, focus on the first call; the keys move it down one row at a time, "#" a page of six.
+        QCOMPARE(offset("15-calls-top"), 0);
+        QCOMPARE(at("15-calls-top", "focus"), QString("0"));
+        QCOMPARE(at("16-calls-key-down", "focus"), QString("1"));
+        QCOMPARE(at("17-calls-key-down-2", "focus"), QString("2"));
+        QCOMPARE(at("18-calls-key-page", "focus"), QString("8"));
+        // The fling: let go, still coasting, at rest further on with the bar shown, then the bar gone.
+        QVERIFY(offset("19-calls-fling") > 0);
+        QCOMPARE(at("20-calls-mid-fling", "moving"), QString("yes"));
+        QVERIFY(offset("20-calls-mid-fling") >= offset("19-calls-fling"));
+        QCOMPARE(at("21-calls-at-rest", "moving"), QString("no"));
+        QCOMPARE(at("21-calls-at-rest", "bar"), QString("visible"));
+        QVERIFY2(offset("21-calls-at-rest") > offset("20-calls-mid-fling") + 300, qPrintable(m_guiOut));
+        QCOMPARE(at("22-calls-bar-hidden", "bar"), QString("hidden"));
+        QCOMPARE(offset("22-calls-bar-hidden"), offset("21-calls-at-rest"));
+        // Only rows that came into view were built.
+        QVERIFY(at("22-calls-bar-hidden", "built").toInt() < 60);
+
+        // In pixels: the list moved under the title strip, and only the bar went away.
+        const QRect list(0, 56, 800, 360);
+        const QRect bar(780, 56, 20, 360);
+        const QRect moved = diffBox(shot("15-calls-top"), shot("21-calls-at-rest"), QRect(0, 0, 800, 56));
+        QVERIFY(list.contains(moved) && moved.height() > 300 && moved.width() > 600);
+        const QRect hid = diffBox(shot("21-calls-at-rest"), shot("22-calls-bar-hidden"));
+        QVERIFY2(!hid.isEmpty() && bar.contains(hid), qPrintable(QString("%1,%2 %3x%4").arg(hid.x()).arg(hid.y()).arg(hid.width()).arg(hid.height())));
+        // Back on the home screen as it was.
+        QVERIFY(diffBox(shot("12-directory-offline"), shot("24-calls-back-home"), QRect(0, 0, 800, 40)).isEmpty());
     }
 
     void screenshotsChangeWhereTheScenarioChangedTheScreen()
