@@ -20,11 +20,18 @@ namespace {
 
 const int kHoldTimeoutMs = 1000;
 
-// Which view holds each widget item: surfaces leave these out of their pass.
-// Bare placeholders are never painted by a surface and are not listed.
-QHash<const QObject*, CTavoView*>& holders()
+// Which view holds each widget item, and at how many places: surfaces leave
+// these out of their pass. Bare placeholders are never painted by a surface
+// and are not listed.
+struct HolderT
 {
-    static QHash<const QObject*, CTavoView*> map;
+    CTavoView* view;
+    int places;
+};
+
+QHash<const QObject*, HolderT>& holders()
+{
+    static QHash<const QObject*, HolderT> map;
     return map;
 }
 
@@ -148,9 +155,9 @@ CTavoView::CTavoView(QWidget* parent, int x, int y, int w, int h)
     , m_ignoreSelectKey(false)
     , m_clip(true)
     , m_dimWhenDisabled(false)
-    , m_stacked(false)
     , m_paintHint(0)
     , m_wrappedItems(0)
+    , m_stacked(false)
 {
     qRegisterMetaType<CTavoObject*>("CTavoObject*");
     qRegisterMetaType<Qt::FocusReason>("Qt::FocusReason");
@@ -177,34 +184,40 @@ CTavoView::CTavoView(QWidget* parent, int x, int y, int w, int h)
 CTavoView::~CTavoView()
 {
     releaseAll();
+    auto& map = holders();
+    for (auto it = map.begin(); it != map.end();)
+        it = it.value().view == this ? map.erase(it) : it + 1;
 }
 
 CTavoView* CTavoView::holderOf(const QObject* object, bool ancestors)
 {
-    const QHash<const QObject*, CTavoView*>& map = holders();
+    const QHash<const QObject*, HolderT>& map = holders();
     if (map.isEmpty())
         return nullptr;
     for (const QObject* o = object; o; o = ancestors ? o->parent() : nullptr) {
         const auto it = map.constFind(o);
-        if (it != map.constEnd())
-            return it.value();
+        if (it != map.constEnd() && it.value().places > 0)
+            return it.value().view;
     }
     return nullptr;
 }
 
 // --- the item list -------------------------------------------------------------
 
+// A widget's record stays, with no places, while the widget lives after it was
+// taken out: rows that come and go (a list recycling its row widgets) then cost
+// no allocation and no new connection each time.
 void CTavoView::hold(CTavoObject* item)
 {
     if (!item || !qobject_cast<CTavoWidget*>(item))
         return;
-    CTavoView*& holder = holders()[item];
-    if (holder != this) {
-        if (holder)
-            disconnect(item, &QObject::destroyed, holder, &CTavoView::onItemDestroyed);
-        holder = this;
-        connect(item, &QObject::destroyed, this, &CTavoView::onItemDestroyed);
+    HolderT& holder = holders()[item];
+    if (holder.view != this) {
+        holder.view = this;
+        holder.places = 0;
     }
+    connect(item, &QObject::destroyed, this, &CTavoView::onItemDestroyed, Qt::UniqueConnection);
+    ++holder.places;
     if (static_cast<CTavoWidget*>(item)->wrappedQWidget())
         ++m_wrappedItems;
 }
@@ -215,16 +228,8 @@ void CTavoView::release(CTavoObject* item)
         return;
     auto& map = holders();
     const auto it = map.find(item);
-    if (it == map.end() || it.value() != this)
-        return;
-    // Still held at another index: keep it.
-    int held = 0;
-    for (CTavoObject* o : qAsConst(m_items))
-        held += (o == item) ? 1 : 0;
-    if (held > 0)
-        return;
-    map.erase(it);
-    disconnect(item, &QObject::destroyed, this, &CTavoView::onItemDestroyed);
+    if (it != map.end() && it.value().view == this && it.value().places > 0)
+        --it.value().places;
 }
 
 void CTavoView::releaseAll()
@@ -240,9 +245,16 @@ void CTavoView::releaseAll()
 
 void CTavoView::onItemDestroyed(QObject* object)
 {
+    auto& map = holders();
+    const auto it = map.find(object);
+    if (it == map.end() || it.value().view != this)
+        return;
+    const bool held = it.value().places > 0;
+    map.erase(it);
+    if (!held)
+        return;
     // An owner deleted an item without taking it out: the entry becomes null,
     // which every walk skips.
-    holders().remove(object);
     for (int i = 0; i < m_items.size(); ++i) {
         if (static_cast<QObject*>(m_items[i]) == object)
             m_items[i] = nullptr;

@@ -206,10 +206,12 @@ private:
     int firstPaintIndex(const QRect& visible);
     bool selectFocused(QKeyEvent* event, bool handled);
 
-    // Rows placed by format's stacking lie in list order along the axis: a
-    // paint walks only those around the visible part, from where the last
-    // paint began.
-    bool m_stacked;
     int m_paintHint;
     int m_wrappedItems;
+
+protected:
+    // Rows placed by format's stacking lie in list order along the axis: a
+    // paint walks only those around the visible part, from where the last
+    // paint began. Whoever places items another way clears it.
+    bool m_stacked;
 };
