@@ -257,14 +257,20 @@ void CZedaDemoDriver::key(const QString& name, bool keypad, int holdMs, const QS
     QApplication::sendEvent(target, &down);
     const QString shot = nextName(step);
     QPointer<QWidget> guard(target);
-    QTimer::singleShot(holdMs, this, [this, guard, code, modifiers, text, shot] {
+    auto release = [this, guard, code, modifiers, text, shot] {
         if (guard) {
             QKeyEvent up(QEvent::KeyRelease, code, modifiers, text);
             QApplication::sendEvent(guard, &up);
         }
         if (!m_ended)
             shoot(shot);
-    });
+    };
+    // Without a hold the picture is taken at once: a document that follows
+    // closely must not come in between.
+    if (holdMs <= 0)
+        release();
+    else
+        QTimer::singleShot(holdMs, this, release);
 }
 
 void CZedaDemoDriver::wait(int ms, const QString& step)

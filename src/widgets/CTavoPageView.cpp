@@ -86,6 +86,7 @@ void CTavoPageView::format(Qt::Orientation orientation, int focusIndex)
     const QRect viewport = m_contentRect;
     m_contentSize = QSize(-1, -1);
     m_orientation = orientation;
+    setOffsetScale(orientation == Qt::Horizontal ? m_scaleX : m_scaleY);
     m_stacked = false;
     m_pageCount = 1;
     qint64 x = viewport.left();
@@ -137,8 +138,9 @@ void CTavoPageView::format(Qt::Orientation orientation, int focusIndex)
     // A focus beyond the last page allowed starts on the last one.
     m_currentPage = qMin(qMax(focusIndex, 0) / qMax(1, rows * columns), m_pageCount - 1);
     emit pageChanged(m_currentPage, m_pageCount);
+    // Focused without a scroll of its own: the page shown below is the focus's.
     if (focusIndex >= 0)
-        setFocusedItem(focusIndex, false, Qt::OtherFocusReason);
+        setFocusedItem(focusIndex, true, Qt::OtherFocusReason);
 
     m_contentSize.setWidth(saturate(qint64(viewport.width()) * m_pageCount));
     const QPoint offset(pageOffset(m_currentPage), 0);
@@ -220,6 +222,8 @@ void CTavoPageView::scrollToPage(int page, bool animated)
         m_scrollBar->Hide(false);
     if (isBeingScrolled())
         onScrollingStopped();
+    else
+        m_programmaticScroll = false;  // a jump is over as soon as it is made
 }
 
 void CTavoPageView::scrollToNextPage(int delta, bool animated)

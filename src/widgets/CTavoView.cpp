@@ -185,8 +185,12 @@ CTavoView::~CTavoView()
 {
     releaseAll();
     auto& map = holders();
-    for (auto it = map.begin(); it != map.end();)
-        it = it.value().view == this ? map.erase(it) : it + 1;
+    for (auto it = map.begin(); it != map.end();) {
+        if (it.value().view == this)
+            it = map.erase(it);
+        else
+            ++it;
+    }
 }
 
 CTavoView* CTavoView::holderOf(const QObject* object, bool ancestors)
@@ -444,6 +448,8 @@ void CTavoView::format(Qt::Orientation orientation, const QSize& size, int focus
     const QRect viewport = m_contentRect;
     const qint64 start = orientation == Qt::Horizontal ? viewport.left() : viewport.top();
     m_orientation = orientation;
+    // A finger moves the content by the scale of the axis it scrolls.
+    setOffsetScale(orientation == Qt::Horizontal ? m_scaleX : m_scaleY);
     m_contentSize = size;
     m_stacked = false;
     if (!(size.width() > 0 && size.height() > 0)) {

@@ -132,7 +132,7 @@ private slots:
         const QRegularExpressionMatch m = frame.match(m_guiOut);
         QVERIFY2(m.hasMatch(), qPrintable(m_guiOut));
         QVERIFY(m.captured(1).toInt() > 0);
-        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 26 screenshots"));
+        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 28 screenshots"));
         QVERIFY(m_coreOut.contains("SCENARIO done"));
         QVERIFY(!m_coreOut.contains("SCENARIO timeout"));
     }
@@ -162,7 +162,7 @@ private slots:
     void everyScreenshotIsARealScreen()
     {
         const QStringList names = QDir(m_dir.filePath("shots")).entryList({"*.png"}, QDir::Files, QDir::Name);
-        QCOMPARE(names.size(), 26);
+        QCOMPARE(names.size(), 28);
         for (const QString& file : names) {
             const QImage image = shot(file.chopped(4));
             QCOMPARE(image.size(), QSize(800, 480));
@@ -269,6 +269,26 @@ private slots:
         QVERIFY2(!hid.isEmpty() && bar.contains(hid), qPrintable(QString("%1,%2 %3x%4").arg(hid.x()).arg(hid.y()).arg(hid.width()).arg(hid.height())));
         // Back on the home screen as it was.
         QVERIFY(diffBox(shot("12-directory-offline"), shot("24-calls-back-home"), QRect(0, 0, 800, 40)).isEmpty());
+    }
+
+    void homeTilesSwipeToTheirSecondPage()
+    {
+        // The last facts of the home screen: at rest on the second of two pages.
+        const QRegularExpression rest("screenshot .*/26-home-page-2\\.png\nzedagui: screen home: page=2/2 offset=800 moving=no");
+        QVERIFY2(rest.match(m_guiOut).hasMatch(), qPrintable(m_guiOut));
+        QVERIFY(m_guiOut.contains("screen home: page=1/2 offset=0 moving=no"));
+        // Only the tiles and the page dots changed, and the new tiles stand where the first four stood.
+        const QImage page2 = shot("26-home-page-2");
+        const QRect changed = diffBox(shot("24-calls-back-home"), page2, QRect(0, 0, 800, 40));
+        QVERIFY2(QRect(0, 170, 800, 180).contains(changed) && changed.width() > 600,
+                 qPrintable(QString("%1,%2 %3x%4").arg(changed.x()).arg(changed.y()).arg(changed.width()).arg(changed.height())));
+        for (int left : {66, 242, 418, 594}) {
+            const double centre = left + 74.0;
+            QVERIFY2(qAbs(lightCentre(page2, QRect(left + 4, 180, 140, 76)) - centre) <= 2.0, qPrintable(QString::number(left)));
+            QVERIFY2(qAbs(lightCentre(page2, QRect(left + 4, 262, 140, 30)) - centre) <= 3.0, qPrintable(QString::number(left)));
+        }
+        // Mid-swipe the tiles stood between the pages.
+        QVERIFY(diffBox(shot("24-calls-back-home"), shot("25-home-swipe"), QRect(0, 0, 800, 40)).width() > 600);
     }
 
     void screenshotsChangeWhereTheScenarioChangedTheScreen()
