@@ -12,11 +12,17 @@
 //   <Event uri="Demo:Wait">ms=N</Event>        a screenshot N ms later
 //   <Event uri="Demo:Show">screen=NAME</Event> show the screen NAME ("home" ...)
 //   <Event uri="Demo:End"/>                     the scenario is over
+//   <Event uri="Demo:Directory">[user=U;password=P]</Event>  ask the directory
+//       over SOAP; the step's screenshot waits for the answer, and the core
+//       gets an event "Directory:Result" with the outcome as its data
 // and a pair "step=NAME" in any document's event names what it shows.
 //
 // Screens: the home screen and the softkey bar are always there; every other
 // screen registers with addScreen() under the URL of the button that opens it
-// ("Home:CallHistory"), and "SoftKey:Back" returns home.
+// ("Home:CallHistory"), and "SoftKey:Back" returns home. A flyout document of
+// the core fills the softkey flyout (CZedaMenuFlyout), which the softkey at the
+// document's "keyIndex" opens; the configuration pairs "systemName" and
+// "systemNumber" name the phone on its banner.
 #include <QHash>
 #include <QPoint>
 #include <QString>
@@ -24,7 +30,10 @@
 
 #include "layout/CTavoLayoutMgr.h"
 
+class CZedaDirectoryScreen;
 class CZedaHomeScreen;
+class CZedaMenuFlyout;
+class CZedaNetworkScreen;
 class CZedaSoftkeyBar;
 
 class CZedaGui : public CTavoLayoutMgr
@@ -32,7 +41,7 @@ class CZedaGui : public CTavoLayoutMgr
     Q_OBJECT
 public:
     // Keys of the manager's registry of surfaces.
-    enum { HomeScreen = 1, SoftkeyBar = 2 };
+    enum { HomeScreen = 1, SoftkeyBar = 2, DirectoryScreen = 3, MenuFlyout = 100 };
 
     CZedaGui();
     ~CZedaGui() override;
@@ -40,6 +49,9 @@ public:
     bool isBooted() const { return m_booted; }
     CZedaHomeScreen* homeScreen() const { return m_home; }
     CZedaSoftkeyBar* softkeyBar() const { return m_softkeys; }
+    CZedaDirectoryScreen* directoryScreen() const { return m_directory; }
+    CZedaMenuFlyout* menuFlyout() const { return m_menu; }
+    CZedaNetworkScreen* networkScreen() const { return m_network; }
     // A screen shown when a button sends openUrl; the manager owns it.
     void addScreen(const QString& openUrl, CTavoLayoutWidget* screen);
     // Shows the screen of that object name ("home" or a registered one) instead of
@@ -49,9 +61,18 @@ public:
     // The time as the status strip shows it: 24-hour or 12-hour clock.
     static QString clockText(const QTime& time, bool hours24);
 
+    // What the flyout's banner shows.
+    QString systemName() const override { return m_systemName; }
+    QString systemNumber() const override { return m_systemNumber; }
+    QString systemIp(bool ipv6) const override;
+    bool isNetworkUp() const override;
+    bool isFlyoutOpen() const override;
+
 signals:
     // A document from the core has taken effect; step is its name for a screenshot.
     void documentHandled(const QString& step);
+    // A document from the core is about to take effect.
+    void documentArriving();
     void pressRequested(const QString& buttonName);
     // Demo documents whose screenshot waits until their action has ended.
     void dragRequested(const QPoint& from, const QPoint& to, int ms, const QString& step);
@@ -80,6 +101,12 @@ private:
 
     CZedaHomeScreen* m_home = nullptr;
     CZedaSoftkeyBar* m_softkeys = nullptr;
+    CZedaDirectoryScreen* m_directory = nullptr;
+    CZedaMenuFlyout* m_menu = nullptr;
+    QString m_menuOwnerUrl;  // the URL of the key the flyout came for
+    QString m_systemName;
+    QString m_systemNumber;
+    CZedaNetworkScreen* m_network = nullptr;
     CTavoLayoutWidget* m_current = nullptr;
     QHash<QString, CTavoLayoutWidget*> m_screens;  // by the URL that opens them
     QTimer m_clockTimer;

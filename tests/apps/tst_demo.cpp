@@ -11,6 +11,8 @@
 #include <QTemporaryDir>
 #include <climits>
 
+#include "WebPeers.h"
+
 namespace {
 const QString kRunDir = qEnvironmentVariable("TGUI_RUN_DIR", TGUI_SOURCE_DIR "/run");
 const QString kBinDir = qEnvironmentVariable("TGUI_BIN_DIR", TGUI_BIN_DIR);
@@ -59,6 +61,16 @@ double lightCentre(const QImage& image, const QRect& area)
     return right < 0 ? -1.0 : (left + right) / 2.0;
 }
 
+// Pixels brighter than the dark backgrounds of the skin: text and icons.
+int brightPixels(const QImage& image, const QRect& area)
+{
+    int n = 0;
+    for (int y = area.top(); y <= area.bottom(); ++y)
+        for (int x = area.left(); x <= area.right(); ++x)
+            n += qGray(image.pixel(x, y)) > 150 ? 1 : 0;
+    return n;
+}
+
 int distinctColours(const QImage& image)
 {
     QSet<QRgb> colours;
@@ -74,6 +86,10 @@ class TestDemo : public QObject
 {
     Q_OBJECT
     QTemporaryDir m_dir;
+    // The directory's world: the SOAP endpoint and two proxies in front of it.
+    SoapPeer m_endpoint;
+    TinyProxy m_proxy1;
+    TinyProxy m_proxy2;
     QString m_coreOut;
     QString m_guiOut;
     int m_guiExit = -1;
@@ -82,6 +98,12 @@ class TestDemo : public QObject
     {
         QImage image(m_dir.filePath("shots/" + name + ".png"));
         return image.convertToFormat(QImage::Format_RGB32);
+    }
+    // A screenshot by its step name, whatever its number.
+    QImage step(const QString& name) const
+    {
+        const QStringList found = QDir(m_dir.filePath("shots")).entryList({"[0-9][0-9]-" + name + ".png"}, QDir::Files);
+        return found.size() == 1 ? shot(found.first().chopped(4)) : QImage();
     }
 
 private slots:
@@ -95,8 +117,25 @@ private slots:
         QVERIFY(QFile::link(kRunDir + "/Skins/common", m_dir.filePath("Skins/common")));
         QVERIFY(QFile::copy(kRunDir + "/qt.conf", m_dir.filePath("qt.conf")));
 
+        QVERIFY(m_endpoint.start({"--tls"}));
+        QVERIFY(m_proxy1.start(m_endpoint.port()));
+        QVERIFY(m_proxy2.start(m_endpoint.port()));
+        QFile pac(m_dir.filePath("directory.pac"));
+        QVERIFY(pac.open(QIODevice::WriteOnly));
+        pac.write(QStringLiteral("function FindProxyForURL(url, host) {\n"
+                                 "  if (dnsDomainIs(host, 'directory.test'))\n"
+                                 "    return 'PROXY 127.0.0.1:%1; PROXY localhost:%2';\n"
+                                 "  return 'DIRECT';\n}\n")
+                      .arg(m_proxy1.port())
+                      .arg(m_proxy2.port())
+                      .toUtf8());
+        pac.close();
+
         QProcess core;
         core.setProcessChannelMode(QProcess::MergedChannels);
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("TGUI_DEMO_PROXY_PID", QString::number(m_proxy1.pid()));
+        core.setProcessEnvironment(env);
         core.start(kBinDir + "/tgui-core", {"--port", "0", "--listen", "127.0.0.1", "--scenario",
                                             kRunDir + "/scenarios/demo.txt"});
         QVERIFY(core.waitForStarted());
@@ -113,7 +152,9 @@ private slots:
         QProcess gui;
         gui.setWorkingDirectory(m_dir.path());
         gui.start(kBinDir + "/zedagui",
-                  {"--screenshots", m_dir.filePath("shots"), "--quit-on-end", "--deadline", "100000"});
+                  {"--screenshots", m_dir.filePath("shots"), "--quit-on-end", "--deadline", "100000",
+                   "--directory-url", "https://directory.test/auth/soap", "--directory-pac", pac.fileName(),
+                   "--directory-user", "alice", "--directory-password", "secret"});
         QVERIFY(gui.waitForStarted());
         QVERIFY(gui.waitForFinished(120000));
         m_guiExit = gui.exitCode();
@@ -132,7 +173,7 @@ private slots:
         const QRegularExpressionMatch m = frame.match(m_guiOut);
         QVERIFY2(m.hasMatch(), qPrintable(m_guiOut));
         QVERIFY(m.captured(1).toInt() > 0);
-        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 28 screenshots"));
+        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 60 screenshots"));
         QVERIFY(m_coreOut.contains("SCENARIO done"));
         QVERIFY(!m_coreOut.contains("SCENARIO timeout"));
     }
@@ -144,6 +185,9 @@ private slots:
             "EVENT zedagui type=0 <TXML><Event uri=\"SoftKey:Back\" type=\"1000\" flags=\"1\">",
             "EVENT zedagui type=0 <TXML><Event uri=\"Gui:Translate\">data=1%2C2%2C3%2C4%2C5%2C6%2C7%2C8%2C9<",
             "EVENT zedagui type=0 <TXML><Event uri=\"Home:Contacts\" type=\"1000\" flags=\"1\">",
+            "EVENT zedagui type=0 <TXML><Event uri=\"Home:Settings\" type=\"1000\" flags=\"1\">",
+            "EVENT zedagui type=0 <TXML><Event uri=\"SoftKey:ToggleEditMode\" type=\"1000\" flags=\"1\">",
+            "EVENT zedagui type=0 <TXML><Event uri=\"SoftKey:Back\" type=\"1000\" flags=\"1\">",
             "EVENT zedagui type=0 <TXML><Event uri=\"Home:CallHistory\" type=\"1000\" flags=\"1\">",
             "EVENT zedagui type=0 <TXML><Event uri=\"SoftKey:Back\" type=\"1000\" flags=\"1\">",
         };
@@ -155,14 +199,17 @@ private slots:
             QVERIFY2(at >= from, qPrintable(line + "\n---\n" + m_coreOut));
             from = at + 1;
         }
-        // Sliding off or pressing without a press URL sends nothing else.
-        QCOMPARE(m_coreOut.count("EVENT zedagui"), 7);
+        // Sliding off or pressing without a press URL sends nothing else; the
+        // flyout adds its report, two Menu presses, a choice and two closings,
+        // the Network screen its tile, the mode key and Back,
+        // the directory its three results, the call history its tile and Back.
+        QCOMPARE(m_coreOut.count("EVENT zedagui"), 19);
     }
 
     void everyScreenshotIsARealScreen()
     {
         const QStringList names = QDir(m_dir.filePath("shots")).entryList({"*.png"}, QDir::Files, QDir::Name);
-        QCOMPARE(names.size(), 28);
+        QCOMPARE(names.size(), 60);
         for (const QString& file : names) {
             const QImage image = shot(file.chopped(4));
             QCOMPARE(image.size(), QSize(800, 480));
@@ -229,7 +276,7 @@ private slots:
         QHash<QString, QHash<QString, QString>> facts;
         QString last;
         for (const QString& line : m_guiOut.split('\n')) {
-            const QRegularExpressionMatch name = QRegularExpression("screenshot .*/(\\d\\d-[^/]*)\\.png$").match(line);
+            const QRegularExpressionMatch name = QRegularExpression("screenshot .*/\\d\\d-([^/]*)\\.png$").match(line);
             if (name.hasMatch())
                 last = name.captured(1);
             if (line.startsWith("zedagui: screen call-history: ")) {
@@ -241,45 +288,45 @@ private slots:
         }
         auto at = [&](const char* shot, const char* key) { return facts.value(shot).value(key); };
         auto offset = [&](const char* shot) { return at(shot, "offset").toInt(); };
-        QVERIFY2(facts.contains("15-calls-top"), qPrintable(m_guiOut));
+        QVERIFY2(facts.contains("calls-top"), qPrintable(m_guiOut));
         // At the top, focus on the first call; the keys move it down one row at a time, "#" a page of six.
-        QCOMPARE(offset("15-calls-top"), 0);
-        QCOMPARE(at("15-calls-top", "focus"), QString("0"));
-        QCOMPARE(at("16-calls-key-down", "focus"), QString("1"));
-        QCOMPARE(at("17-calls-key-down-2", "focus"), QString("2"));
-        QCOMPARE(at("18-calls-key-page", "focus"), QString("8"));
+        QCOMPARE(offset("calls-top"), 0);
+        QCOMPARE(at("calls-top", "focus"), QString("0"));
+        QCOMPARE(at("calls-key-down", "focus"), QString("1"));
+        QCOMPARE(at("calls-key-down-2", "focus"), QString("2"));
+        QCOMPARE(at("calls-key-page", "focus"), QString("8"));
         // The fling: let go, still coasting, at rest further on with the bar shown, then the bar gone.
-        QVERIFY(offset("19-calls-fling") > 0);
-        QCOMPARE(at("20-calls-mid-fling", "moving"), QString("yes"));
-        QVERIFY(offset("20-calls-mid-fling") >= offset("19-calls-fling"));
-        QCOMPARE(at("21-calls-at-rest", "moving"), QString("no"));
-        QCOMPARE(at("21-calls-at-rest", "bar"), QString("visible"));
-        QVERIFY2(offset("21-calls-at-rest") > offset("20-calls-mid-fling") + 300, qPrintable(m_guiOut));
-        QCOMPARE(at("22-calls-bar-hidden", "bar"), QString("hidden"));
-        QCOMPARE(offset("22-calls-bar-hidden"), offset("21-calls-at-rest"));
+        QVERIFY(offset("calls-fling") > 0);
+        QCOMPARE(at("calls-mid-fling", "moving"), QString("yes"));
+        QVERIFY(offset("calls-mid-fling") >= offset("calls-fling"));
+        QCOMPARE(at("calls-at-rest", "moving"), QString("no"));
+        QCOMPARE(at("calls-at-rest", "bar"), QString("visible"));
+        QVERIFY2(offset("calls-at-rest") > offset("calls-mid-fling") + 300, qPrintable(m_guiOut));
+        QCOMPARE(at("calls-bar-hidden", "bar"), QString("hidden"));
+        QCOMPARE(offset("calls-bar-hidden"), offset("calls-at-rest"));
         // Only rows that came into view were built.
-        QVERIFY(at("22-calls-bar-hidden", "built").toInt() < 60);
+        QVERIFY(at("calls-bar-hidden", "built").toInt() < 60);
 
         // In pixels: the list moved under the title strip, and only the bar went away.
         const QRect list(0, 56, 800, 360);
         const QRect bar(780, 56, 20, 360);
-        const QRect moved = diffBox(shot("15-calls-top"), shot("21-calls-at-rest"), QRect(0, 0, 800, 56));
+        const QRect moved = diffBox(step("calls-top"), step("calls-at-rest"), QRect(0, 0, 800, 56));
         QVERIFY(list.contains(moved) && moved.height() > 300 && moved.width() > 600);
-        const QRect hid = diffBox(shot("21-calls-at-rest"), shot("22-calls-bar-hidden"));
+        const QRect hid = diffBox(step("calls-at-rest"), step("calls-bar-hidden"));
         QVERIFY2(!hid.isEmpty() && bar.contains(hid), qPrintable(QString("%1,%2 %3x%4").arg(hid.x()).arg(hid.y()).arg(hid.width()).arg(hid.height())));
         // Back on the home screen as it was.
-        QVERIFY(diffBox(shot("12-directory-offline"), shot("24-calls-back-home"), QRect(0, 0, 800, 40)).isEmpty());
+        QVERIFY(diffBox(step("network-back"), step("calls-back-home"), QRect(0, 0, 800, 40)).isEmpty());
     }
 
     void homeTilesSwipeToTheirSecondPage()
     {
         // The last facts of the home screen: at rest on the second of two pages.
-        const QRegularExpression rest("screenshot .*/26-home-page-2\\.png\nzedagui: screen home: page=2/2 offset=800 moving=no");
+        const QRegularExpression rest("screenshot .*/\\d\\d-home-page-2\\.png\nzedagui: screen home: page=2/2 offset=800 moving=no");
         QVERIFY2(rest.match(m_guiOut).hasMatch(), qPrintable(m_guiOut));
         QVERIFY(m_guiOut.contains("screen home: page=1/2 offset=0 moving=no"));
         // Only the tiles and the page dots changed, and the new tiles stand where the first four stood.
-        const QImage page2 = shot("26-home-page-2");
-        const QRect changed = diffBox(shot("24-calls-back-home"), page2, QRect(0, 0, 800, 40));
+        const QImage page2 = step("home-page-2");
+        const QRect changed = diffBox(step("calls-back-home"), page2, QRect(0, 0, 800, 40));
         QVERIFY2(QRect(0, 170, 800, 180).contains(changed) && changed.width() > 600,
                  qPrintable(QString("%1,%2 %3x%4").arg(changed.x()).arg(changed.y()).arg(changed.width()).arg(changed.height())));
         for (int left : {66, 242, 418, 594}) {
@@ -288,7 +335,7 @@ private slots:
             QVERIFY2(qAbs(lightCentre(page2, QRect(left + 4, 262, 140, 30)) - centre) <= 3.0, qPrintable(QString::number(left)));
         }
         // Mid-swipe the tiles stood between the pages.
-        QVERIFY(diffBox(shot("24-calls-back-home"), shot("25-home-swipe"), QRect(0, 0, 800, 40)).width() > 600);
+        QVERIFY(diffBox(step("calls-back-home"), step("home-swipe"), QRect(0, 0, 800, 40)).width() > 600);
     }
 
     void screenshotsChangeWhereTheScenarioChangedTheScreen()
@@ -331,6 +378,115 @@ private slots:
         // The directory goes away: the paragraph again.
         const QRect offline = diffBox(shot("11-translations-fr"), shot("12-directory-offline"), statusStrip);
         QVERIFY(!offline.isEmpty() && intro.contains(offline));
+    }
+
+    void menuFlyoutOpensTakesADigitAndClosesByItself()
+    {
+        // The flyout's report, the Menu key, digit 2's choice and the closing, in order;
+        // then the Menu key again and, with no key in between, the closing by time-out.
+        const QStringList expected = {
+            "<Event uri=\"Gui:Event\" type=\"1000\" flags=\"1\">data=labels%3DMessages%3BCall%3BContacts"
+            "%3BCall history%3BFeatures%3BSettings%3BkeyIndex%3D3<",
+            "<Event uri=\"softkey:542-Menu\" type=\"1000\" flags=\"1\">",
+            "<Event uri=\"softkey:702-Call\" type=\"1000\" flags=\"1\">data=state%3Dpressed%3B"
+            "key%3DKey:FlyoutSelect%3Bvalue%3Dcall%3B<",
+            "<Event uri=\"Gui:Event\" type=\"1000\" flags=\"1\">data=flyIn%3D1%3BkeyIndex%3D3<",
+            "<Event uri=\"softkey:542-Menu\" type=\"1000\" flags=\"1\">",
+            "<Event uri=\"Gui:Event\" type=\"1000\" flags=\"1\">data=flyIn%3D1%3BkeyIndex%3D3<",
+        };
+        QStringList events;
+        for (const QString& line : m_coreOut.split('\n')) {
+            if (line.startsWith("EVENT zedagui") && (line.contains("Gui:Event") || line.contains("softkey:7")
+                                                     || line.contains("softkey:542-Menu")))
+                events << line;
+        }
+        QCOMPARE(events.size(), expected.size());
+        for (int i = 0; i < expected.size(); ++i)
+            QVERIFY2(events.at(i).contains(expected.at(i)), qPrintable(events.at(i)));
+
+        const QImage before = step("menu-flyout");
+        const QImage open = step("menu-open");
+        const QImage chosen = step("menu-digit-2");
+        const QImage reopened = step("menu-reopened");
+        const QImage timedOut = step("menu-timeout");
+        for (const QImage& image : {before, open, chosen, reopened, timedOut})
+            QVERIFY(!image.isNull());
+        const QRect statusStrip(0, 0, 800, 40);  // the clock may turn a minute
+        // Open: above the Menu key, its right edge on the key's, and the key lit.
+        const QRect flyoutAndKey(474, 84, 320, 392);
+        for (const QImage& image : {open, reopened}) {
+            const QRect changed = diffBox(before, image, statusStrip);
+            QVERIFY2(flyoutAndKey.contains(changed) && changed.width() > 300 && changed.height() > 300,
+                     qPrintable(QString("%1,%2 %3x%4").arg(changed.x()).arg(changed.y()).arg(changed.width()).arg(changed.height())));
+            // The banner's three lines and a digit on each of the six rows.
+            for (int line : {92, 112, 130})
+                QVERIFY2(brightPixels(image, QRect(480, line, 120, 14)) > 20, qPrintable(QString::number(line)));
+            for (int row : {160, 202, 248, 290, 336, 378})
+                QVERIFY2(brightPixels(image, QRect(752, row + 8, 30, 24)) > 10, qPrintable(QString::number(row)));
+        }
+        // The focused first row and its owner, the Menu key, look chosen.
+        QVERIFY(qBlue(open.pixel(740, 170)) > qRed(open.pixel(740, 170)) + 80);
+        QVERIFY(qBlue(open.pixel(610, 470)) > qRed(open.pixel(610, 470)) + 80);
+        // Closed by the choice and by the time-out: the screen as before it opened.
+        QVERIFY(diffBox(before, chosen, statusStrip).isEmpty());
+        QVERIFY(diffBox(before, timedOut, statusStrip).isEmpty());
+    }
+
+    // Settings opens the Network screen; the dial pad types the address group by
+    // group, Tab goes on to the name field, whose mode identifier appears beside
+    // it, and the bar shows just the context keys the focused field asks for.
+    void networkScreenTypesIntoItsFields()
+    {
+        const QRect ipField(250, 150, 320, 44);
+        const QRect firstGroup(255, 155, 48, 34);
+        const QRect otherGroups(306, 155, 260, 34);
+        const QRect nameField(250, 230, 320, 44);
+        const QRect modeId(580, 230, 180, 44);
+        const QRect modeKey(4, 420, 196, 56);
+        const QRect deleteKey(202, 420, 196, 56);
+        const QColor selection("#306ebe");
+        auto selected = [&](const QImage& image, const QRect& area) {
+            int n = 0;
+            for (int y = area.top(); y <= area.bottom(); ++y)
+                for (int x = area.left(); x <= area.right(); ++x)
+                    n += image.pixel(x, y) == selection.rgb();
+            return n;
+        };
+        // A key is drawn where its area is lighter than the bar's own background.
+        auto keyShown = [](const QImage& image, const QRect& key) { return qBlue(image.pixel(key.center())) > 50; };
+
+        const QImage opened = step("network-softkeys");
+        QVERIFY(!opened.isNull());
+        QVERIFY(selected(opened, firstGroup) > 200);
+        QCOMPARE(selected(opened, otherGroups), 0);
+        QVERIFY(!keyShown(opened, modeKey) && keyShown(opened, deleteKey));
+
+        // Each key of the address changes the address field and nothing else.
+        const QStringList typing = {"network-softkeys", "ip-1", "ip-19", "ip-192", "ip-192-1", "ip-192-16",
+                                    "ip-192-168", "ip-192-168-1", "ip-next-group", "ip-192-168-1-2",
+                                    "ip-192-168-1-20", "ip-done"};
+        for (int i = 1; i < typing.size(); ++i) {
+            const QRect changed = diffBox(step(typing.at(i - 1)), step(typing.at(i)));
+            QVERIFY2(!changed.isEmpty() && ipField.contains(changed), qPrintable(typing.at(i)));
+        }
+        // Down after the last group wraps round to the first, selected again.
+        QVERIFY(selected(step("ip-done"), firstGroup) > 200);
+
+        // The name field: the identifier appears and the bar offers the mode key,
+        // but no delete key while the field is empty.
+        const QImage name = step("name-focus");
+        QVERIFY(diffBox(step("ip-done"), name).intersects(modeId));
+        QVERIFY(keyShown(name, modeKey) && !keyShown(name, deleteKey));
+        QCOMPARE(selected(name, firstGroup), 0);
+        const QRect typed = diffBox(name, step("name-D"));
+        QVERIFY(typed.intersects(nameField) && typed.intersects(deleteKey) && !typed.intersects(ipField));
+        QVERIFY(keyShown(step("name-D"), deleteKey));
+        // The mode key changes the identifier ("Abc" to "abc"); in the field only
+        // the blinking cursor may differ.
+        const QRect mode = diffBox(step("name-Desk"), step("name-mode-abc"), QRect(0, 416, 800, 64));
+        QVERIFY(mode.intersects(modeId) && nameField.united(modeId).contains(mode));
+        // Back on the home screen.
+        QVERIFY(diffBox(shot("12-directory-offline"), step("network-back"), QRect(0, 0, 800, 40)).isEmpty());
     }
 };
 
