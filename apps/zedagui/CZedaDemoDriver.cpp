@@ -115,6 +115,12 @@ QString CZedaDemoDriver::shoot(const QString& file)
     }
     ++m_shots;
     say(QStringLiteral("screenshot %1").arg(path));
+    // A screen that can tell what it shows (a list's offset, focus, bar) says so.
+    if (CTavoLayoutWidget* screen = m_gui->currentScreen()) {
+        const QString facts = screen->getContextSensitiveInformation();
+        if (!facts.isEmpty())
+            say(QStringLiteral("screen %1: %2").arg(screen->objectName(), facts));
+    }
     return path;
 }
 

@@ -9,6 +9,7 @@
 #include <iterator>
 
 #include "CTXMLEvent.h"
+#include "CZedaCallHistoryScreen.h"
 #include "CZedaDirectoryScreen.h"
 #include "CZedaHomeScreen.h"
 #include "CZedaMeetingScreen.h"
@@ -61,6 +62,8 @@ CZedaGui::CZedaGui()
         guiLog(2, "zedagui: %d translations", t.size());
         if (m_home)
             m_home->retranslateUi();
+        for (CTavoLayoutWidget* screen : qAsConst(m_screens))
+            screen->retranslateUi();
     });
     connect(this, &CTavoLayoutMgr::evLayoutMgr, this, [this](int event, int) {
         if (event == 1026)
@@ -131,6 +134,12 @@ void CZedaGui::initWidgets()
     connect(m_softkeys, &CTavoLayoutWidget::layoutWidgetSignal, m_network, &CZedaNetworkScreen::onSoftkey);
 
     initSupervision(skin);
+    auto* calls = new CZedaCallHistoryScreen(this);
+    attributes.clear();
+    style = itemStyle(skin, "call-history", &attributes);
+    if (!style.isEmpty())
+        calls->applySkin(style, attributes);
+    addScreen(QStringLiteral("Home:CallHistory"), calls);
 
     refreshClock();
     refreshPhoneState();

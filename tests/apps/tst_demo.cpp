@@ -198,7 +198,7 @@ private slots:
         const QRegularExpressionMatch m = frame.match(m_guiOut);
         QVERIFY2(m.hasMatch(), qPrintable(m_guiOut));
         QVERIFY(m.captured(1).toInt() > 0);
-        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 50 screenshots"));
+        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 63 screenshots"));
         QVERIFY(m_coreOut.contains("SCENARIO done"));
         QVERIFY(!m_coreOut.contains("SCENARIO timeout"));
     }
@@ -212,6 +212,8 @@ private slots:
             "EVENT zedagui type=0 <TXML><Event uri=\"Home:Contacts\" type=\"1000\" flags=\"1\">",
             "EVENT zedagui type=0 <TXML><Event uri=\"Home:Settings\" type=\"1000\" flags=\"1\">",
             "EVENT zedagui type=0 <TXML><Event uri=\"SoftKey:ToggleEditMode\" type=\"1000\" flags=\"1\">",
+            "EVENT zedagui type=0 <TXML><Event uri=\"SoftKey:Back\" type=\"1000\" flags=\"1\">",
+            "EVENT zedagui type=0 <TXML><Event uri=\"Home:CallHistory\" type=\"1000\" flags=\"1\">",
             "EVENT zedagui type=0 <TXML><Event uri=\"SoftKey:Back\" type=\"1000\" flags=\"1\">",
         };
         // A first translation request comes with the first language, before any press.
@@ -234,8 +236,9 @@ private slots:
         // Sliding off or pressing without a press URL sends nothing else; the
         // flyout adds its report, two Menu presses, a choice and two closings,
         // the Network screen its tile, the mode key and Back, the directory its
-        // three results, the supervised child its two changes of state.
-        QCOMPARE(m_coreOut.count("EVENT zedagui"), 19);
+        // three results, the supervised child its two changes of state, the call
+        // history its tile and Back.
+        QCOMPARE(m_coreOut.count("EVENT zedagui"), 21);
     }
 
     void theHomeScreenCountsTheDirectorysContacts()
@@ -253,7 +256,7 @@ private slots:
     void everyScreenshotIsARealScreen()
     {
         const QStringList names = QDir(m_dir.filePath("shots")).entryList({"*.png"}, QDir::Files, QDir::Name);
-        QCOMPARE(names.size(), 50);
+        QCOMPARE(names.size(), 63);
         for (const QString& file : names) {
             const QImage image = shot(file.chopped(4));
             QCOMPARE(image.size(), QSize(800, 480));
@@ -346,6 +349,74 @@ private slots:
         const QImage back = shot("09-reply-back");
         QCOMPARE(back.pixel(610, 428), back.pixel(16, 428));
         QCOMPARE(back.pixel(610, 468), back.pixel(16, 468));
+    }
+
+    void callHistoryFlingsMovesItsFocusAndHidesItsBar()
+    {
+        // What zedagui printed beside each screenshot of the call history.
+        QHash<QString, QHash<QString, QString>> facts;
+        QString last;
+        for (const QString& line : m_guiOut.split('\n')) {
+            const QRegularExpressionMatch name = QRegularExpression("screenshot .*/\\d\\d-([^/]*)\\.png$").match(line);
+            if (name.hasMatch())
+                last = name.captured(1);
+            if (line.startsWith("zedagui: screen call-history: ")) {
+                for (const QString& pair : line.mid(30).split(' ')) {
+                    const int eq = pair.indexOf('=');
+                    facts[last][pair.left(eq)] = pair.mid(eq + 1);
+                }
+            }
+        }
+        auto at = [&](const char* shot, const char* key) { return facts.value(shot).value(key); };
+        auto offset = [&](const char* shot) { return at(shot, "offset").toInt(); };
+        QVERIFY2(facts.contains("calls-top"), qPrintable(m_guiOut));
+        // At the top, focus on the first call; the keys move it down one row at a time, "#" a page of six.
+        QCOMPARE(offset("calls-top"), 0);
+        QCOMPARE(at("calls-top", "focus"), QString("0"));
+        QCOMPARE(at("calls-key-down", "focus"), QString("1"));
+        QCOMPARE(at("calls-key-down-2", "focus"), QString("2"));
+        QCOMPARE(at("calls-key-page", "focus"), QString("8"));
+        // The fling: let go, still coasting, at rest further on with the bar shown, then the bar gone.
+        QVERIFY(offset("calls-fling") > 0);
+        QCOMPARE(at("calls-mid-fling", "moving"), QString("yes"));
+        QVERIFY(offset("calls-mid-fling") >= offset("calls-fling"));
+        QCOMPARE(at("calls-at-rest", "moving"), QString("no"));
+        QCOMPARE(at("calls-at-rest", "bar"), QString("visible"));
+        QVERIFY2(offset("calls-at-rest") > offset("calls-mid-fling") + 300, qPrintable(m_guiOut));
+        QCOMPARE(at("calls-bar-hidden", "bar"), QString("hidden"));
+        QCOMPARE(offset("calls-bar-hidden"), offset("calls-at-rest"));
+        // Only rows that came into view were built.
+        QVERIFY(at("calls-bar-hidden", "built").toInt() < 60);
+
+        // In pixels: the list moved under the title strip, and only the bar went away.
+        const QRect list(0, 56, 800, 360);
+        const QRect bar(780, 56, 20, 360);
+        const QRect moved = diffBox(step("calls-top"), step("calls-at-rest"), QRect(0, 0, 800, 56));
+        QVERIFY(list.contains(moved) && moved.height() > 300 && moved.width() > 600);
+        const QRect hid = diffBox(step("calls-at-rest"), step("calls-bar-hidden"));
+        QVERIFY2(!hid.isEmpty() && bar.contains(hid), qPrintable(QString("%1,%2 %3x%4").arg(hid.x()).arg(hid.y()).arg(hid.width()).arg(hid.height())));
+        // Back on the home screen as it was.
+        QVERIFY(diffBox(step("network-back"), step("calls-back-home"), QRect(0, 0, 800, 40)).isEmpty());
+    }
+
+    void homeTilesSwipeToTheirSecondPage()
+    {
+        // The last facts of the home screen: at rest on the second of two pages.
+        const QRegularExpression rest("screenshot .*/\\d\\d-home-page-2\\.png\nzedagui: screen home: page=2/2 offset=800 moving=no");
+        QVERIFY2(rest.match(m_guiOut).hasMatch(), qPrintable(m_guiOut));
+        QVERIFY(m_guiOut.contains("screen home: page=1/2 offset=0 moving=no"));
+        // Only the tiles and the page dots changed, and the new tiles stand where the first four stood.
+        const QImage page2 = step("home-page-2");
+        const QRect changed = diffBox(step("calls-back-home"), page2, QRect(0, 0, 800, 40));
+        QVERIFY2(QRect(0, 170, 800, 180).contains(changed) && changed.width() > 600,
+                 qPrintable(QString("%1,%2 %3x%4").arg(changed.x()).arg(changed.y()).arg(changed.width()).arg(changed.height())));
+        for (int left : {66, 242, 418, 594}) {
+            const double centre = left + 74.0;
+            QVERIFY2(qAbs(lightCentre(page2, QRect(left + 4, 180, 140, 76)) - centre) <= 2.0, qPrintable(QString::number(left)));
+            QVERIFY2(qAbs(lightCentre(page2, QRect(left + 4, 262, 140, 30)) - centre) <= 3.0, qPrintable(QString::number(left)));
+        }
+        // Mid-swipe the tiles stood between the pages.
+        QVERIFY(diffBox(step("calls-back-home"), step("home-swipe"), QRect(0, 0, 800, 40)).width() > 600);
     }
 
     void screenshotsChangeWhereTheScenarioChangedTheScreen()
