@@ -1,5 +1,6 @@
 #include "widgets/CTavoMagnifyingLabel.h"
 
+#include <QFontMetrics>
 #include <QTimer>
 
 #include "style/CTavoWidgetStyle.h"
@@ -34,7 +35,14 @@ void CTavoMagnifyingLabel::onDisplayRequest(QString message, QPoint location, bo
         hide();
         return;
     }
-    m_label->setgeo(QRect(QPoint(0, 0), QPoint(kLabelRight, -1)));
+    // 350 wide, no height: the label takes the height of its text. A label
+    // left one line high would elide a long text, so it gets the room of the
+    // wrapped lines.
+    QRect box(QPoint(0, 0), QPoint(kLabelRight, -1));
+    const QFontMetrics metrics(m_label->font());
+    if (metrics.horizontalAdvance(message) > box.width())
+        box.setHeight(metrics.boundingRect(QRect(0, 0, box.width(), 1 << 20), Qt::TextWordWrap, message).height());
+    m_label->setgeo(box);
     m_label->setText(message);
 
     if (!m_activeImage.isNull())
@@ -46,7 +54,10 @@ void CTavoMagnifyingLabel::onDisplayRequest(QString message, QPoint location, bo
     m_label->setgeo(QRect(QPoint((width() - labelSize.width()) / 2, (height() - labelSize.height()) / 2), labelSize));
 
     move(location.x() + m_offset.x(), location.y() - m_offset.y());
+    // Without a time-out a count from an earlier request must not hide it.
     if (m_timeout > 0)
         m_hideTimer->start(m_timeout);
+    else
+        m_hideTimer->stop();
     QWidget::show();
 }
