@@ -11,6 +11,7 @@
 #include "CTXMLEvent.h"
 #include "CZedaHomeScreen.h"
 #include "CZedaMenuFlyout.h"
+#include "CZedaAccountScreen.h"
 #include "CZedaNetworkScreen.h"
 #include "CZedaSoftkeyBar.h"
 #include "layout/CTXMLDataConverter.h"
@@ -107,6 +108,16 @@ void CZedaGui::initWidgets()
     connect(m_network, &CZedaNetworkScreen::contextSensitiveSk, this, &CTavoLayoutMgr::contextSensitiveSk);
     connect(this, &CTavoLayoutMgr::contextSensitiveSk, m_softkeys, &CZedaSoftkeyBar::onCtxSensitiveSkReq);
     connect(m_softkeys, &CTavoLayoutWidget::layoutWidgetSignal, m_network, &CZedaNetworkScreen::onSoftkey);
+
+    // The Account screen has no tile: the demo shows it by name.
+    auto* account = new CZedaAccountScreen(this);
+    attributes.clear();
+    style = itemStyle(skin, "account", &attributes);
+    if (!style.isEmpty())
+        account->applySkin(style, attributes);
+    addScreen(QStringLiteral("Demo:Account"), account);
+    connect(account, &CZedaAccountScreen::contextSensitiveSk, this, &CTavoLayoutMgr::contextSensitiveSk);
+    connect(m_softkeys, &CTavoLayoutWidget::layoutWidgetSignal, account, &CZedaAccountScreen::onSoftkey);
 
     refreshClock();
     refreshPhoneState();
@@ -292,8 +303,9 @@ bool CZedaGui::handleDemoDocument(const CTXMLRoot& root)
         QPoint from;
         QPoint to;
         const int ms = QByteArray(root.value("ms")).toInt();
+        const int hold = QByteArray(root.value("hold")).toInt();
         if (parsePoint(root.value("from"), &from) && parsePoint(root.value("to"), &to))
-            emit dragRequested(from, to, qBound(0, ms, 10000), step);
+            emit dragRequested(from, to, qBound(0, ms, 10000), step, qBound(0, hold, 10000));
         else
             guiLog(4, "zedagui: Demo:Drag needs from=X,Y;to=X,Y");
     } else if (std::strcmp(uri, "Demo:Key") == 0) {

@@ -294,7 +294,9 @@ void CTavoLayoutWidget::paintTree(QPainter* painter, const QObject* node, const 
             if (widget->isVisible() && widget->intersects(area))
                 widget->paint(painter);
         }
-        if (!child->children().isEmpty())
+        // A real widget on the surface (a field, a strip of its own) paints its
+        // objects itself, in its own coordinates.
+        if (!child->children().isEmpty() && !child->isWidgetType())
             paintTree(painter, child, area);
     }
 }
