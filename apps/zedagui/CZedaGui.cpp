@@ -14,6 +14,7 @@
 #include "CZedaHomeScreen.h"
 #include "CZedaMeetingScreen.h"
 #include "CZedaMenuFlyout.h"
+#include "CZedaAccountScreen.h"
 #include "CZedaNetworkScreen.h"
 #include "CZedaSoftkeyBar.h"
 #include "CZedaSupervisor.h"
@@ -132,6 +133,16 @@ void CZedaGui::initWidgets()
     connect(m_network, &CZedaNetworkScreen::contextSensitiveSk, this, &CTavoLayoutMgr::contextSensitiveSk);
     connect(this, &CTavoLayoutMgr::contextSensitiveSk, m_softkeys, &CZedaSoftkeyBar::onCtxSensitiveSkReq);
     connect(m_softkeys, &CTavoLayoutWidget::layoutWidgetSignal, m_network, &CZedaNetworkScreen::onSoftkey);
+
+    // The Account screen has no tile: the demo shows it by name.
+    auto* account = new CZedaAccountScreen(this);
+    attributes.clear();
+    style = itemStyle(skin, "account", &attributes);
+    if (!style.isEmpty())
+        account->applySkin(style, attributes);
+    addScreen(QStringLiteral("Demo:Account"), account);
+    connect(account, &CZedaAccountScreen::contextSensitiveSk, this, &CTavoLayoutMgr::contextSensitiveSk);
+    connect(m_softkeys, &CTavoLayoutWidget::layoutWidgetSignal, account, &CZedaAccountScreen::onSoftkey);
 
     initSupervision(skin);
     auto* calls = new CZedaCallHistoryScreen(this);
@@ -376,8 +387,9 @@ bool CZedaGui::handleDemoDocument(const CTXMLRoot& root)
         QPoint from;
         QPoint to;
         const int ms = QByteArray(root.value("ms")).toInt();
+        const int hold = QByteArray(root.value("hold")).toInt();
         if (parsePoint(root.value("from"), &from) && parsePoint(root.value("to"), &to))
-            emit dragRequested(from, to, qBound(0, ms, 10000), step);
+            emit dragRequested(from, to, qBound(0, ms, 10000), step, qBound(0, hold, 10000));
         else
             guiLog(4, "zedagui: Demo:Drag needs from=X,Y;to=X,Y");
     } else if (std::strcmp(uri, "Demo:Key") == 0) {

@@ -7,7 +7,8 @@
 // Besides the documents of a real core it understands the demo's own, so that a
 // scenario can drive it as test automation would (README, "The main job"):
 //   <Event uri="Demo:Press">key=NAME</Event>    press and release the button NAME
-//   <Event uri="Demo:Drag">from=X,Y;to=X,Y;ms=N</Event>   a finger drag in window pixels
+//   <Event uri="Demo:Drag">from=X,Y;to=X,Y;ms=N;hold=MS</Event>   a finger drag in window
+//                                               pixels; with hold, shot while still held
 //   <Event uri="Demo:Key">key=NAME;keypad=1;hold=MS</Event>   a key press and release
 //   <Event uri="Demo:Wait">ms=N</Event>        a screenshot N ms later
 //   <Event uri="Demo:Show">screen=NAME</Event> show the screen NAME ("home" ...)
@@ -83,7 +84,7 @@ signals:
     void documentArriving();
     void pressRequested(const QString& buttonName);
     // Demo documents whose screenshot waits until their action has ended.
-    void dragRequested(const QPoint& from, const QPoint& to, int ms, const QString& step);
+    void dragRequested(const QPoint& from, const QPoint& to, int ms, const QString& step, int holdMs = 0);
     void keyRequested(const QString& key, bool keypad, int holdMs, const QString& step);
     void waitRequested(int ms, const QString& step);
     void scenarioEnded();

@@ -305,7 +305,9 @@ void CTavoLayoutWidget::paintTree(QPainter* painter, const QObject* node, const 
         } else if (child->isWidgetType()) {
             continue;  // a surface inside this one paints its own objects
         }
-        if (!child->children().isEmpty())
+        // A real widget on the surface (a field, a strip of its own) paints its
+        // objects itself, in its own coordinates.
+        if (!child->children().isEmpty() && !child->isWidgetType())
             paintTree(painter, child, area);
     }
 }

@@ -198,7 +198,7 @@ private slots:
         const QRegularExpressionMatch m = frame.match(m_guiOut);
         QVERIFY2(m.hasMatch(), qPrintable(m_guiOut));
         QVERIFY(m.captured(1).toInt() > 0);
-        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 63 screenshots"));
+        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 91 screenshots"));
         QVERIFY(m_coreOut.contains("SCENARIO done"));
         QVERIFY(!m_coreOut.contains("SCENARIO timeout"));
     }
@@ -237,8 +237,9 @@ private slots:
         // flyout adds its report, two Menu presses, a choice and two closings,
         // the Network screen its tile, the mode key and Back, the directory its
         // three results, the supervised child its two changes of state, the call
-        // history its tile and Back.
-        QCOMPARE(m_coreOut.count("EVENT zedagui"), 21);
+        // history its tile and Back, the Account screen its three Script presses
+        // and Back.
+        QCOMPARE(m_coreOut.count("EVENT zedagui"), 25);
     }
 
     void theHomeScreenCountsTheDirectorysContacts()
@@ -256,7 +257,7 @@ private slots:
     void everyScreenshotIsARealScreen()
     {
         const QStringList names = QDir(m_dir.filePath("shots")).entryList({"*.png"}, QDir::Files, QDir::Name);
-        QCOMPARE(names.size(), 63);
+        QCOMPARE(names.size(), 91);
         for (const QString& file : names) {
             const QImage image = shot(file.chopped(4));
             QCOMPARE(image.size(), QSize(800, 480));
@@ -568,6 +569,118 @@ private slots:
         QVERIFY(mode.intersects(modeId) && nameField.united(modeId).contains(mode));
         // Back on the home screen.
         QVERIFY(diffBox(shot("12-directory-offline"), step("network-back"), QRect(0, 0, 800, 40)).isEmpty());
+    }
+    // The Account screen: a port clamped to its maximum, a masked password, the
+    // multi-tap strip below the name with its marked letter, gone after its
+    // time-out, Cyrillic and Katakana glyphs, the inline backspace button and
+    // the magnifying glass above the field under a held finger.
+    void accountScreenEditsByKeyAndTouch()
+    {
+        const QRect portField(250, 110, 320, 44);
+        const QRect passwordText(254, 184, 250, 36);
+        const QRect nameField(250, 250, 320, 44);
+        const QRect belowName(0, 290, 800, 70);
+        const QRgb marked = qRgb(48, 110, 190);
+        const QRgb cell = qRgb(28, 44, 70);
+        auto count = [](const QImage& image, const QRect& area, QRgb colour) {
+            int n = 0;
+            for (int y = area.top(); y <= area.bottom(); ++y)
+                for (int x = area.left(); x <= area.right(); ++x)
+                    n += (image.pixel(x, y) & 0xffffff) == (colour & 0xffffff);
+            return n;
+        };
+        // The columns of a colour in an area.
+        auto columns = [](const QImage& image, const QRect& area, QRgb colour) {
+            int left = INT_MAX, right = -1;
+            for (int y = area.top(); y <= area.bottom(); ++y)
+                for (int x = area.left(); x <= area.right(); ++x)
+                    if ((image.pixel(x, y) & 0xffffff) == (colour & 0xffffff)) {
+                        left = qMin(left, x);
+                        right = qMax(right, x);
+                    }
+            return right < 0 ? QPair<int, int>(-1, -1) : QPair<int, int>(left, right);
+        };
+        auto strip = [&](const QImage& image) {
+            const QPair<int, int> a = columns(image, belowName, cell);
+            const QPair<int, int> b = columns(image, belowName, marked);
+            return QPair<int, int>(qMin(a.first < 0 ? INT_MAX : a.first, b.first < 0 ? INT_MAX : b.first),
+                                   qMax(a.second, b.second));
+        };
+        for (const char* name : {"account-open", "port-9999", "port-clamped", "password-3", "password-masked",
+                                 "name-field", "kate-a-marked", "kate-b-marked", "kate-b-settled", "inline-backspace",
+                                 "kate-cyrillic", "kate-katakana", "kate-katakana-settled", "magnifier-drag",
+                                 "magnifier-released", "account-back"})
+            QVERIFY2(!step(name).isNull(), name);
+
+        // The fifth 9 turns the port into its maximum, all selected.
+        QCOMPARE(count(step("port-9999"), portField, marked), 0);
+        QVERIFY(count(step("port-clamped"), portField, marked) > 300);
+        QVERIFY(portField.contains(diffBox(step("port-9999"), step("port-clamped"))));
+
+        // Four digits (4, 7, 1, 1), four equal mask characters: each adds the
+        // same light pixels, whatever the digit.
+        // Columns as tall as the text cursor are the cursor, which may blink.
+        auto maskPixels = [&](const QImage& image) {
+            int total = 0;
+            for (int x = passwordText.left(); x <= passwordText.right(); ++x) {
+                const int n = brightPixels(image, QRect(x, passwordText.top(), 1, passwordText.height()));
+                total += n <= 18 ? n : 0;
+            }
+            return total;
+        };
+        const int one = maskPixels(step("password-1"));
+        QVERIFY(one > 20);
+        const QStringList digits = {"password-1", "password-2", "password-3", "password-masked"};
+        for (int i = 1; i < digits.size(); ++i) {
+            const int n = maskPixels(step(digits.at(i)));
+            QVERIFY2(qAbs(n - (i + 1) * one) <= one / 5, qPrintable(QString("%1: %2 for %3").arg(digits.at(i)).arg(n).arg(one)));
+        }
+
+        // Key 2: the strip below the name, "a" and then "b" marked in its 32-pixel
+        // cells; nothing else on the screen changes.
+        const QPair<int, int> a = strip(step("kate-a-marked"));
+        QCOMPARE(a.second - a.first + 1, 4 * 32);
+        // The marked cell's text area is the cell less a pixel on each side.
+        QCOMPARE(columns(step("kate-a-marked"), belowName, marked).first, a.first + 1);
+        const QPair<int, int> b = columns(step("kate-b-marked"), belowName, marked);
+        QCOMPARE(b.first, strip(step("kate-b-marked")).first + 32 + 1);
+        QCOMPARE(b.second - b.first + 1, 30);
+        QVERIFY(nameField.united(belowName).contains(diffBox(step("name-field"), step("kate-b-marked"))));
+        // After the time-out the strip is gone and the letter stays.
+        const QImage settled = step("kate-b-settled");
+        QCOMPARE(count(settled, belowName, cell) + count(settled, belowName, marked), 0);
+        const QRect typed = diffBox(step("name-field"), settled);
+        QVERIFY(!typed.isEmpty() && nameField.contains(typed));
+        // The inline button deletes it again: only the field changes.
+        const QRect deleted = diffBox(settled, step("inline-backspace"));
+        QVERIFY(!deleted.isEmpty() && nameField.contains(deleted));
+
+        // Cyrillic and Katakana strips: five and ten cells, each a glyph of its own.
+        for (const auto& [name, cells] : {qMakePair(QString("kate-cyrillic"), 5), qMakePair(QString("kate-katakana"), 10)}) {
+            const QImage image = step(name);
+            const QPair<int, int> span = strip(image);
+            QCOMPARE(span.second - span.first + 1, cells * 32);
+            QSet<QByteArray> glyphs;
+            for (int i = 0; i < cells; ++i) {
+                const QRect box(span.first + i * 32 + 1, belowName.top(), 30, belowName.height());
+                QVERIFY2(brightPixels(image, box) > 8, qPrintable(QString("%1 %2").arg(name).arg(i)));
+                const QImage glyph = image.copy(box);
+                glyphs.insert(QByteArray(reinterpret_cast<const char*>(glyph.constBits()), int(glyph.sizeInBytes())));
+            }
+            QCOMPARE(glyphs.size(), cells);
+        }
+
+        // The glass: above the field, 1.6 times its height, three times as wide.
+        const QRect glass = diffBox(step("kate-katakana-settled"), step("magnifier-drag"), nameField);
+        QVERIFY2(glass.top() >= 165 && glass.bottom() <= 250 && glass.height() >= 60 && glass.width() >= 190,
+                 qPrintable(QString("%1,%2 %3x%4").arg(glass.x()).arg(glass.y()).arg(glass.width()).arg(glass.height())));
+        QVERIFY(brightPixels(step("magnifier-drag"), glass) > 300);
+        // Lifted: gone; only the field (its cursor) may differ.
+        const QRect after = diffBox(step("kate-katakana-settled"), step("magnifier-released"));
+        QVERIFY(after.isEmpty() || nameField.contains(after));
+
+        // Back on the home screen, still on the page the swipe left it at.
+        QVERIFY(diffBox(step("home-page-2"), step("account-back"), QRect(0, 0, 800, 40)).isEmpty());
     }
 };
 
