@@ -16,6 +16,7 @@
 #include "CZedaGui.h"
 #include "layout/CTavoLayoutWidget.h"
 #include "log/GuiLog.h"
+#include "widgets/CTavoButton.h"
 #include "widgets/CTavoSoftkey.h"
 #include "widgets/CTavoView.h"
 #include "widgets/CTavoWidget.h"

@@ -1,5 +1,6 @@
 #include "widgets/CTavoSoftkey.h"
 
+#include <QFontInfo>
 #include <QMouseEvent>
 #include <QPropertyAnimation>
 #include <cstring>
@@ -101,6 +102,14 @@ int iconForUrl(const char* url, bool onHome, bool selfView, bool videoMute)
         if (std::strncmp(url, row.url, std::strlen(row.url)) == 0)
             return row.icon;
     return -1;
+}
+
+int pixelSizeOf(const CTavoLabelWidget* label)
+{
+    if (label->currentPixelSize() > 0)
+        return label->currentPixelSize();
+    const QFont& font = label->font();
+    return font.pixelSize() > 0 ? font.pixelSize() : QFontInfo(font).pixelSize();
 }
 
 void addDivider(CTXMLFlyoutCluster& cluster)
@@ -436,7 +445,7 @@ void CTavoSoftkey::equaliseLabelFonts()
             continue;
         if (m_isInOOBMode || button->pseudoState() == QLatin1String("oob"))
             applyOobState(button);
-        const int size = label->currentPixelSize();
+        const int size = pixelSizeOf(label);
         if (size > 0 && (smallest < 0 || size < smallest))
             smallest = size;
     }
@@ -445,7 +454,7 @@ void CTavoSoftkey::equaliseLabelFonts()
     // Labels on one row stay within two points of each other.
     for (CTavoButton* button : qAsConst(m_buttons)) {
         CTavoLabelWidget* label = button->labelWidget();
-        if (button->isVisible() && label && !button->label().isEmpty() && label->currentPixelSize() >= smallest + 3)
+        if (button->isVisible() && label && !button->label().isEmpty() && pixelSizeOf(label) >= smallest + 3)
             label->resizeText(smallest + 2);
     }
 }
@@ -480,14 +489,15 @@ void CTavoSoftkey::findOverlappedNonCtxSensitiveSks(const CTXMLSoftkeys& keys, c
     const int capacity = getItemsPerPageView();
     for (int i = 0; i < count; ++i) {
         const CTXMLSoftkey& k = keys[i];
-        if (excluded.contains(i) || k.hasFlyout() || k.valueList[0])
+        // A context key takes its place over another key; it is never folded.
+        if (excluded.contains(i) || k.hasFlyout() || k.valueList[0] || isCtxKey(k))
             continue;
         if (m_renderMoreAsFlyout && capacity == 1) {
             m_overlapMap[k.position] = i;
             continue;
         }
         for (int j = i + 1; j < count; ++j) {
-            if (keys[j].position == k.position && !keys[j].valueList[0] && !excluded.contains(j)) {
+            if (keys[j].position == k.position && !keys[j].valueList[0] && !isCtxKey(keys[j]) && !excluded.contains(j)) {
                 m_overlapMap[k.position] = i;
                 break;
             }

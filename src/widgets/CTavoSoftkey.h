@@ -19,10 +19,10 @@
 
 #include "CTXMLSoftkeys.h"
 #include "layout/CTavoLayoutWidget.h"
+#include "widgets/CTavoFlyoutCluster.h"
 #include "widgets/TavoButtonSettings.h"
 
 class CTavoButton;
-class CTavoFlyoutCluster;
 class CTavoLabelWidget;
 class CTavoPageView;
 
