@@ -736,8 +736,10 @@ private slots:
                  qPrintable(QString("%1,%2 %3x%4").arg(flyout.x()).arg(flyout.y()).arg(flyout.width()).arg(flyout.height())));
         QVERIFY(qBlue(step("softkeys-shared-flyout").pixel(300, 470)) > qRed(step("softkeys-shared-flyout").pixel(300, 470)) + 80);
         QVERIFY(m_coreOut.contains("data=labels%3DRenvoyer%3BTransf"));
-        // A second press closes it: the screen as before.
-        QVERIFY(diffBox(step("softkeys-shared"), step("softkeys-shared-closed"), statusStrip).isEmpty());
+        // A second press closes it: above the row the screen is as before (the
+        // key's own press may still be fading).
+        const QRect closed = diffBox(step("softkeys-shared"), step("softkeys-shared-closed"), statusStrip);
+        QVERIFY(closed.isEmpty() || row.contains(closed));
 
         // The context key takes no place until asked for, and leaves again.
         QCOMPARE(keys(step("softkeys-ctx-doc")), 3);
