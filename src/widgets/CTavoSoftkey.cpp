@@ -438,6 +438,13 @@ void CTavoSoftkey::applyOobState(CTavoButton* button)
 
 void CTavoSoftkey::equaliseLabelFonts()
 {
+    // Labels made smaller for an earlier row get their own size back first:
+    // buttons are reused, and a short label must not keep a long one's size.
+    for (auto it = m_resizedLabels.constBegin(); it != m_resizedLabels.constEnd(); ++it) {
+        if (it.key())
+            it.key()->resizeText(it.value());
+    }
+    m_resizedLabels.clear();
     int smallest = -1;
     for (CTavoButton* button : qAsConst(m_buttons)) {
         CTavoLabelWidget* label = button->labelWidget();
@@ -454,8 +461,10 @@ void CTavoSoftkey::equaliseLabelFonts()
     // Labels on one row stay within two points of each other.
     for (CTavoButton* button : qAsConst(m_buttons)) {
         CTavoLabelWidget* label = button->labelWidget();
-        if (button->isVisible() && label && !button->label().isEmpty() && pixelSizeOf(label) >= smallest + 3)
+        if (button->isVisible() && label && !button->label().isEmpty() && pixelSizeOf(label) >= smallest + 3) {
+            m_resizedLabels.insert(label, pixelSizeOf(label));
             label->resizeText(smallest + 2);
+        }
     }
 }
 

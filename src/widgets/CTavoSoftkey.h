@@ -244,4 +244,5 @@ private:
     bool m_analyticsEnabled;
     bool m_timerConnected;
     CTXMLSoftkeys m_merged;  // scratch of the permanent keys' merge, kept to spare the stack
+    QMap<CTavoLabelWidget*, int> m_resizedLabels;  // labels made smaller, with their own size
 };

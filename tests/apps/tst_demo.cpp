@@ -753,7 +753,11 @@ private slots:
                  qPrintable(QString("%1,%2 %3x%4").arg(badge.x()).arg(badge.y()).arg(badge.width()).arg(badge.height())));
         const QRgb red = step("softkeys-voicemail-badge").pixel(badge.center());
         QVERIFY(qRed(red) > 200 && qBlue(red) < 100);
-        QVERIFY(diffBox(step("softkeys-bar-home"), step("softkeys-home-again"), statusStrip).isEmpty());
+        // The home keys again, four of them; the rest of the screen as it was.
+        QCOMPARE(keys(step("softkeys-home-again")), 4);
+        const QRect again = diffBox(step("softkeys-bar-home"), step("softkeys-home-again"), statusStrip);
+        QVERIFY2(again.isEmpty() || row.contains(again),
+                 qPrintable(QString("%1,%2 %3x%4").arg(again.x()).arg(again.y()).arg(again.width()).arg(again.height())));
     }
 };
 

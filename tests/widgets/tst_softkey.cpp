@@ -209,9 +209,12 @@ private slots:
         const QRect keyOnScreen(host.bar->button(1)->topLeft() + host.bar->pos(), host.bar->button(1)->size());
         QCOMPARE(host.flyout->geometry().bottom(), keyOnScreen.top() - 1);
         QCOMPARE(host.flyout->x(), keyOnScreen.left());
-        // A second press closes it; another key closes it and goes to the core.
+        // A second press closes it, and the key no longer looks chosen; another
+        // key closes it and goes to the core.
+        QVERIFY(host.bar->button(1)->isFocused());
         click(host.bar->button(1));
         QVERIFY(!host.flyout->isOpen());
+        QTRY_VERIFY(!host.bar->button(1)->isFocused());
         click(host.bar->button(1));
         QVERIFY(host.flyout->isOpen());
         click(host.bar->button(2));
