@@ -6,10 +6,16 @@ if(TGUI_WERROR)
   target_compile_options(tgui_warnings INTERFACE -Werror)
 endif()
 
+# Kept in variables as well: a program built elsewhere against this tree's
+# library (the install test) needs the same instrumentation.
+set(TGUI_SANITIZE_COMPILE_FLAGS)
+set(TGUI_SANITIZE_LINK_FLAGS)
 if(TGUI_SANITIZE)
-  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined
-                      -fno-omit-frame-pointer)
-  add_link_options(-fsanitize=address,undefined)
+  set(TGUI_SANITIZE_COMPILE_FLAGS -fsanitize=address,undefined -fno-sanitize-recover=undefined
+                                  -fno-omit-frame-pointer)
+  set(TGUI_SANITIZE_LINK_FLAGS -fsanitize=address,undefined)
+  add_compile_options(${TGUI_SANITIZE_COMPILE_FLAGS})
+  add_link_options(${TGUI_SANITIZE_LINK_FLAGS})
 endif()
 
 if(TGUI_FUZZ)

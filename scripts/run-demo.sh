@@ -3,7 +3,9 @@
 # plays run/scenarios/demo.txt. Without DISPLAY it runs headless on Qt's offscreen
 # platform, writes a screenshot after each scenario step into out/screens/,
 # prints each event the core receives and ends by itself; with a DISPLAY it
-# opens the window and runs until it is closed.
+# opens the window and runs until it is closed. The core takes a free port and
+# zedagui runs in a temporary copy of run/ that names it, so several runs (with
+# their own TGUI_DEMO_OUT) may go side by side.
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 bash "$root/scripts/setup.sh"
@@ -14,14 +16,28 @@ cmake --build "$build" --target zedagui tgui-core
 
 out="${TGUI_DEMO_OUT:-$root/out/screens}"
 scenario="${TGUI_DEMO_SCENARIO:-scenarios/demo.txt}"
-cd "$root/run"
 mkdir -p "$out"
+out="$(cd "$out" && pwd)"
 rm -f "$out"/*.png "$out"/core.log "$out"/zedagui.log
 
-# The core listens on the port of run/Skins/default.conf. Its lines go to
-# core.log; the events it receives are printed as they come.
-core_fifo="$(mktemp -u)"; mkfifo "$core_fifo"
-"$build/bin/tgui-core" --port 10010 --scenario "$scenario" >"$core_fifo" 2>&1 &
+# A run folder of its own, so that runs side by side do not meet: links to
+# everything in run/ but Skins/default.conf, which names this run's core port.
+rundir="$(mktemp -d "${TMPDIR:-/tmp}/tgui-demo.XXXXXX")"
+core_fifo="$rundir/.core-output"; mkfifo "$core_fifo"
+core=""
+trap '[ -n "$core" ] && kill "$core" 2>/dev/null; rm -rf "$rundir"' EXIT
+for entry in "$root/run"/*; do
+  [ "$(basename "$entry")" = Skins ] || ln -s "$entry" "$rundir/"
+done
+mkdir "$rundir/Skins"
+for entry in "$root/run/Skins"/*; do
+  [ "$(basename "$entry")" = default.conf ] || ln -s "$entry" "$rundir/Skins/"
+done
+cd "$rundir"
+
+# The core listens on a free port of the loopback interface and says which.
+# Its lines go to core.log; the events it receives are printed as they come.
+"$build/bin/tgui-core" --port 0 --listen 127.0.0.1 --scenario "$scenario" >"$core_fifo" 2>&1 &
 core=$!
 ( while IFS= read -r line; do
     printf '%s\n' "$line" >>"$out/core.log"
@@ -31,15 +47,20 @@ core=$!
     esac
   done <"$core_fifo" ) &
 reader=$!
-trap 'kill "$core" 2>/dev/null || true; rm -f "$core_fifo"' EXIT
 
-# The core is up once its first line is written.
-for _ in $(seq 50); do [ -s "$out/core.log" ] && break; sleep 0.1; done
-if ! grep -q '^LISTENING' "$out/core.log" 2>/dev/null; then
-  echo "tgui-core did not start (is port 10010 taken?):" >&2
+port=""
+for _ in $(seq 100); do
+  port="$(sed -n 's/^LISTENING \([0-9]*\).*/\1/p' "$out/core.log" 2>/dev/null)"
+  [ -n "$port" ] && break
+  kill -0 "$core" 2>/dev/null || break
+  sleep 0.1
+done
+if [ -z "$port" ]; then
+  echo "tgui-core did not start:" >&2
   cat "$out/core.log" >&2 || true
   exit 1
 fi
+sed "s/^ComServerPort=.*/ComServerPort=$port/" "$root/run/Skins/default.conf" >Skins/default.conf
 
 status=0
 if [ -z "${DISPLAY:-}" ]; then
