@@ -25,7 +25,7 @@ rm -f "$out"/*.png "$out"/core.log "$out"/zedagui.log
 rundir="$(mktemp -d "${TMPDIR:-/tmp}/tgui-demo.XXXXXX")"
 core_fifo="$rundir/.core-output"; mkfifo "$core_fifo"
 core=""
-trap '[ -n "$core" ] && kill "$core" 2>/dev/null; rm -rf "$rundir"' EXIT
+trap 'if [ -n "$core" ]; then kill "$core" 2>/dev/null || true; fi; rm -rf "$rundir"' EXIT
 for entry in "$root/run"/*; do
   [ "$(basename "$entry")" = Skins ] || ln -s "$entry" "$rundir/"
 done
@@ -50,7 +50,7 @@ reader=$!
 
 port=""
 for _ in $(seq 100); do
-  port="$(sed -n 's/^LISTENING \([0-9]*\).*/\1/p' "$out/core.log" 2>/dev/null)"
+  port="$(sed -n 's/^LISTENING \([0-9]*\).*/\1/p' "$out/core.log" 2>/dev/null || true)"
   [ -n "$port" ] && break
   kill -0 "$core" 2>/dev/null || break
   sleep 0.1

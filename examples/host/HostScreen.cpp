@@ -23,7 +23,7 @@ const ButtonT kButtons[] = {
 HostScreen::HostScreen(QWidget* parent)
     : CTavoLayoutWidget(parent)
 {
-    // The object name selects the skin's blocks: CTavoLayoutWidget#host.
+    // The class and object name select the skin's block: HostScreen#host.
     setObjectName(QStringLiteral("host"));
     // Children are painted in the order they are made.
     m_title = new CTavoLabelWidget(this);

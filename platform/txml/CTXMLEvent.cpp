@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "CTXMLQws.h"
+#include "TxmlText.h"
 
 namespace {
 

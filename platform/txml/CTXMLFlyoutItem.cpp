@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "TxmlText.h"
+
 namespace {
 const char kGroupDiv[] = "GROUPDIV";
 }

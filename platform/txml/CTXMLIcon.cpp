@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "TxmlText.h"
+
 void CTXMLIcon::reset()
 {
     id = TAVO_ICON_NONE;

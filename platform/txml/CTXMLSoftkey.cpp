@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "TxmlText.h"
+
 void CTXMLSoftkey::reset()
 {
     url[0] = 0;

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "CTXMLRoot.h"
+#include "TxmlText.h"
 
 namespace txml {
 namespace {

@@ -2,6 +2,7 @@
 
 #include "CTXMLUriParser.h"
 #include "TxmlTypes.h"
+#include "TxmlText.h"
 
 namespace txml {
 
