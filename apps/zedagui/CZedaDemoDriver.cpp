@@ -3,6 +3,8 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QKeyEvent>
+#include <QKeySequence>
 #include <QMouseEvent>
 #include <QPixmap>
 #include <QRegularExpression>
@@ -12,6 +14,7 @@
 #include <unistd.h>
 
 #include "CZedaGui.h"
+#include "layout/CTavoLayoutWidget.h"
 #include "log/GuiLog.h"
 #include "widgets/CTavoWidget.h"
 
@@ -37,6 +40,9 @@ CZedaDemoDriver::CZedaDemoDriver(CZedaGui* gui, const QString& shotDir, bool qui
     connect(gui, &CZedaGui::documentHandled, this, &CZedaDemoDriver::onDocument);
     connect(gui, &CZedaGui::pressRequested, this, &CZedaDemoDriver::press);
     connect(gui, &CZedaGui::scenarioEnded, this, &CZedaDemoDriver::onEnd);
+    connect(gui, &CZedaGui::dragRequested, this, &CZedaDemoDriver::drag);
+    connect(gui, &CZedaGui::keyRequested, this, &CZedaDemoDriver::key);
+    connect(gui, &CZedaGui::waitRequested, this, &CZedaDemoDriver::wait);
 }
 
 void CZedaDemoDriver::setDeadline(int ms)
@@ -173,4 +179,94 @@ void CZedaDemoDriver::onEnd()
     say(QStringLiteral("scenario ended, %1 screenshots").arg(m_shots));
     if (m_quitOnEnd)
         QTimer::singleShot(0, m_gui, [gui = m_gui] { emit gui->shutDown(0); });
+}
+
+QWidget* CZedaDemoDriver::surfaceAt(const QPoint& windowPoint, QPoint* local) const
+{
+    QWidget* w = m_gui->childAt(windowPoint);
+    // The painted objects are not widgets: the deepest widget is their surface.
+    if (!w)
+        w = m_gui;
+    *local = w->mapFrom(m_gui, windowPoint);
+    return w;
+}
+
+void CZedaDemoDriver::sendMouse(QEvent::Type type, const QPoint& windowPoint, Qt::MouseButtons buttons)
+{
+    QPoint local;
+    QWidget* target = m_dragSurface ? m_dragSurface.data() : surfaceAt(windowPoint, &local);
+    if (m_dragSurface)
+        local = target->mapFrom(m_gui, windowPoint);
+    const Qt::MouseButton button = type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton;
+    QMouseEvent event(type, local, m_gui->mapToGlobal(windowPoint), button, buttons, Qt::NoModifier);
+    QApplication::sendEvent(target, &event);
+}
+
+void CZedaDemoDriver::drag(const QPoint& from, const QPoint& to, int ms, const QString& step)
+{
+    takeBootShot();
+    QPoint local;
+    m_dragSurface = surfaceAt(from, &local);
+    say(QStringLiteral("dragging from %1,%2 to %3,%4 in %5 ms")
+            .arg(from.x()).arg(from.y()).arg(to.x()).arg(to.y()).arg(ms));
+    sendMouse(QEvent::MouseButtonPress, from, Qt::LeftButton);
+    // Moves at a steady pace, as a finger would; the last one lands on the target.
+    const int frameMs = 16;
+    const int moves = qMax(1, ms / frameMs);
+    for (int i = 1; i <= moves; ++i) {
+        const QPoint at = from + (to - from) * i / moves;
+        QTimer::singleShot(i * frameMs, this, [this, at] {
+            if (m_dragSurface)
+                sendMouse(QEvent::MouseMove, at, Qt::LeftButton);
+        });
+    }
+    const QString shot = nextName(step);
+    QTimer::singleShot(moves * frameMs + 1, this, [this, to, shot] {
+        if (!m_dragSurface)
+            return;
+        sendMouse(QEvent::MouseButtonRelease, to, Qt::NoButton);
+        m_dragSurface.clear();
+        if (!m_ended)
+            shoot(shot);
+    });
+}
+
+void CZedaDemoDriver::key(const QString& name, bool keypad, int holdMs, const QString& step)
+{
+    takeBootShot();
+    const QKeySequence sequence = QKeySequence::fromString(name, QKeySequence::PortableText);
+    const int code = sequence.isEmpty() ? 0 : int(sequence[0] & ~Qt::KeyboardModifierMask);
+    if (code == 0 || code == Qt::Key_unknown) {
+        say(QStringLiteral("no key %1").arg(name));
+        return;
+    }
+    QWidget* target = QApplication::focusWidget();
+    if (!target)
+        target = m_gui->currentScreen() ? static_cast<QWidget*>(m_gui->currentScreen()) : m_gui;
+    // Printable keys carry their character, as a keyboard driver sends them.
+    const QString text = name.size() == 1 ? name : QString();
+    const Qt::KeyboardModifiers modifiers = keypad ? Qt::KeypadModifier : Qt::NoModifier;
+    say(QStringLiteral("key %1%2").arg(name, keypad ? QStringLiteral(" (keypad)") : QString()));
+    QKeyEvent down(QEvent::KeyPress, code, modifiers, text);
+    QApplication::sendEvent(target, &down);
+    const QString shot = nextName(step);
+    QPointer<QWidget> guard(target);
+    QTimer::singleShot(holdMs, this, [this, guard, code, modifiers, text, shot] {
+        if (guard) {
+            QKeyEvent up(QEvent::KeyRelease, code, modifiers, text);
+            QApplication::sendEvent(guard, &up);
+        }
+        if (!m_ended)
+            shoot(shot);
+    });
+}
+
+void CZedaDemoDriver::wait(int ms, const QString& step)
+{
+    takeBootShot();
+    const QString shot = nextName(step);
+    QTimer::singleShot(ms, this, [this, shot] {
+        if (!m_ended)
+            shoot(shot);
+    });
 }

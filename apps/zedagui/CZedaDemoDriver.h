@@ -8,10 +8,14 @@
 // Screenshots: DIR/NN-<step>.png in the order taken, 00-boot.png for the first
 // frame, 99-end.png for the end of the scenario (or of --exit-after).
 #include <QElapsedTimer>
+#include <QEvent>
+#include <QPoint>
+#include <QPointer>
 #include <QObject>
 #include <QString>
 
 class CZedaGui;
+class QWidget;
 
 class CZedaDemoDriver : public QObject
 {
@@ -34,6 +38,14 @@ public:
 public slots:
     // Synthetic press and release at the centre of the visible button named name.
     void press(const QString& name);
+    // A finger from one window point to another over ms, as events every 16 ms;
+    // the screenshot is taken at the release.
+    void drag(const QPoint& from, const QPoint& to, int ms, const QString& step);
+    // Press and release of a key (a Qt key name such as "Up", "2", "#", "Backspace")
+    // on the focused widget; keypad adds Qt::KeypadModifier as a dial pad does.
+    void key(const QString& name, bool keypad, int holdMs, const QString& step);
+    // A screenshot ms from now.
+    void wait(int ms, const QString& step);
 
 private slots:
     void onFirstFrame();
@@ -43,6 +55,9 @@ private slots:
 
 private:
     QString nextName(const QString& step);
+    // The surface under a window point and the point in its coordinates.
+    QWidget* surfaceAt(const QPoint& windowPoint, QPoint* local) const;
+    void sendMouse(QEvent::Type type, const QPoint& windowPoint, Qt::MouseButtons buttons);
 
     CZedaGui* m_gui;
     QString m_dir;
@@ -51,4 +66,5 @@ private:
     bool m_bootShotPending = false;
     int m_shots = 0;
     int m_sequence = 0;
+    QPointer<QWidget> m_dragSurface;  // the surface a drag started on keeps it
 };

@@ -1,5 +1,7 @@
 #include "CZedaGui.h"
 
+#include <QHostAddress>
+#include <QNetworkInterface>
 #include <QPaintEvent>
 #include <QTime>
 #include <QVector>
@@ -8,18 +10,16 @@
 
 #include "CTXMLEvent.h"
 #include "CZedaHomeScreen.h"
+#include "CZedaMenuFlyout.h"
 #include "CZedaSoftkeyBar.h"
 #include "layout/CTXMLDataConverter.h"
+#include "layout/CTavoEvent.h"
+#include "widgets/CTavoButton.h"
 #include "log/GuiLog.h"
 #include "style/CTavoStyleSheetFile.h"
 #include "tools/TavoToolFlags.h"
 
 namespace {
-// Event number of a plain GUI event (CTavoEvent's NoEvent), flag 1 as for every
-// event that carries a tavoEvent type.
-const int kGuiEventType = 1000;
-const int kGuiEventFlags = 1;
-
 // The numbers of the strings this host shows; the manager asks the core for
 // them again whenever the language changes.
 const int kStringIds[] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
@@ -88,6 +88,12 @@ void CZedaGui::initWidgets()
     style = itemStyle(skin, "softkeys", &attributes);
     if (!style.isEmpty())
         m_softkeys->applySkin(style, attributes);
+    m_menu = new CZedaMenuFlyout(this);
+    m_childWidgets.insert(MenuFlyout, m_menu);
+    attributes.clear();
+    style = itemStyle(skin, "flyout", &attributes);
+    if (!style.isEmpty())
+        m_menu->applySkin(style, attributes);
 
     refreshClock();
     refreshPhoneState();
@@ -103,6 +109,7 @@ void CZedaGui::leaveBootScreen()
         return;
     m_booted = true;
     setUseBootingBackground(false);
+    m_current = m_home;
     m_home->Show(false);
     m_softkeys->Show(false);
     guiLog(2, "zedagui: home screen shown");
@@ -120,21 +127,92 @@ void CZedaGui::refreshPhoneState()
         m_home->setPhoneState(isAppConnected(GuiAppsTavoapp), isAppConnected(GuiAppsDbs));
 }
 
+void CZedaGui::addScreen(const QString& openUrl, CTavoLayoutWidget* screen)
+{
+    m_screens.insert(openUrl, screen);
+    m_childWidgets.insert(HomeScreen + SoftkeyBar + m_screens.size(), screen);
+    screen->hide();
+}
+
+bool CZedaGui::showScreen(const QString& name)
+{
+    if (m_home && m_home->objectName() == name) {
+        switchTo(m_home);
+        return true;
+    }
+    for (CTavoLayoutWidget* screen : qAsConst(m_screens)) {
+        if (screen->objectName() == name) {
+            switchTo(screen);
+            return true;
+        }
+    }
+    guiLog(4, "zedagui: no screen \"%s\"", qPrintable(name));
+    return false;
+}
+
+void CZedaGui::switchTo(CTavoLayoutWidget* screen)
+{
+    if (!m_booted || screen == m_current)
+        return;
+    if (m_current)
+        m_current->Hide(false);
+    m_current = screen;
+    screen->Show(false);
+    guiLog(2, "zedagui: screen %s", qPrintable(screen->objectName()));
+}
+
 void CZedaGui::onWidgetEvent(QString url, QString data, int type)
 {
     Q_UNUSED(type);
     // A press with no press URL, or a finger that slid off a key: nothing to tell.
     if (url.isEmpty() || url == QLatin1String("button-cancelled"))
         return;
-    CTXMLEvent event;
-    if (!event.set(url.toUtf8().constData(), kGuiEventType, kGuiEventFlags))
-        guiLog(4, "zedagui: event URI cut to %d bytes: %s", int(sizeof event.uri) - 1, qPrintable(url));
+    // Opening a screen is the GUI's own business; the core still hears of the press.
+    if (CTavoLayoutWidget* screen = m_screens.value(url))
+        switchTo(screen);
+    else if (url == QLatin1String("SoftKey:Back"))
+        switchTo(m_home);
+    // The softkey that owns the flyout opens and closes it.
+    if (m_menu && m_menu->hasContent()) {
+        CTavoButton* key = m_softkeys->key(m_menu->keyIndex());
+        if (key && key->isVisible() && key->url() == url)
+            m_menu->toggleFrom(key);
+    }
+    // The data travels as one "data" pair, whatever its own syntax.
+    QString pairs;
     if (!data.isEmpty())
-        event.addPair(CTXMLUriLib::varname(TxmlVarData),
-                      CTXMLDataConverter::encodeEntities(data).toUtf8().constData());
-    const std::string text = event.serialize();
-    guiLog(2, "zedagui: sending %s", text.c_str());
-    tavoToolSendAppMsg(text.c_str(), GuiAppsTavoapp, GuiAppsMsgTxml, false);
+        pairs = QString::fromLatin1(CTXMLUriLib::varname(TxmlVarData)) + QLatin1Char('=')
+            + CTXMLDataConverter::encodeEntities(data);
+    const CTavoEvent event(CTavoEvent::NoEvent, url, pairs);
+    const QByteArray text = event.serialize().toUtf8();
+    guiLog(2, "zedagui: sending %s", text.constData());
+    tavoToolSendAppMsg(text.constData(), GuiAppsTavoapp, GuiAppsMsgTxml, false);
+}
+
+QString CZedaGui::systemIp(bool ipv6) const
+{
+    // The address this phone has towards its core.
+    const QHostAddress core(coreComIP());
+    if (core.isLoopback())
+        return ipv6 ? QStringLiteral("::1") : QStringLiteral("127.0.0.1");
+    const QAbstractSocket::NetworkLayerProtocol wanted = ipv6 ? QAbstractSocket::IPv6Protocol
+                                                              : QAbstractSocket::IPv4Protocol;
+    for (const QHostAddress& address : QNetworkInterface::allAddresses()) {
+        if (!address.isLoopback() && address.protocol() == wanted)
+            return address.toString();
+    }
+    // Not known yet, as the banner understands it.
+    return QStringLiteral("...");
+}
+
+bool CZedaGui::isNetworkUp() const
+{
+    return isAppConnected(GuiAppsTavoapp);
+}
+
+bool CZedaGui::isFlyoutOpen() const
+{
+    return m_menu && m_menu->isOpen();
 }
 
 void CZedaGui::handleTXmlMsg(QByteArray& data, GuiAppsT source, GuiAppsMsgTypeT type)
@@ -145,23 +223,78 @@ void CZedaGui::handleTXmlMsg(QByteArray& data, GuiAppsT source, GuiAppsMsgTypeT 
         guiLog(2, "zedagui: event %s with %d pairs", root.uri, root.pairCount());
         const int uriType = CTXMLUriLib::type(root.uri);
         if (uriType == TxmlUriConfig) {
+            if (*root.value("systemName"))
+                m_systemName = QString::fromUtf8(root.value("systemName"));
+            if (*root.value("systemNumber"))
+                m_systemNumber = QString::fromUtf8(root.value("systemNumber"));
             leaveBootScreen();
             refreshClock();
         } else if (uriType == TxmlUriAppStatus) {
             refreshPhoneState();
-        } else if (std::strcmp(root.uri, "Demo:Press") == 0) {
-            emit pressRequested(QString::fromUtf8(root.value("key")));
-            return;
-        } else if (std::strcmp(root.uri, "Demo:End") == 0) {
-            emit scenarioEnded();
+        } else if (handleDemoDocument(root)) {
             return;
         }
     }
     if (root.flags & TXML_FLAG_SOFTKEYS) {
+        // The key that owned an open flyout may be gone.
+        if (m_menu->isOpen())
+            m_menu->flyIn(false, CTavoFlyoutCluster::FlyinByOwner);
         const QStringList labels = m_softkeys->setKeys(root.softkeys);
         guiLog(2, "zedagui: %d softkeys: %s", labels.size(), qPrintable(labels.join(QLatin1String(" | "))));
     }
+    if (root.flags & TXML_FLAG_FLYOUT) {
+        const char* keyIndex = root.value(CTXMLUriLib::varname(TxmlVarKeyIndex));
+        m_menu->setContent(root.flyout, *keyIndex ? QByteArray(keyIndex).toInt() : -1);
+    }
     emit documentHandled(stepName(root));
+}
+
+namespace {
+// "X,Y" in window pixels; false if it is not two integers.
+bool parsePoint(const char* text, QPoint* point)
+{
+    const QList<QByteArray> xy = QByteArray(text).split(',');
+    bool okX = false;
+    bool okY = false;
+    if (xy.size() == 2)
+        *point = QPoint(xy[0].trimmed().toInt(&okX), xy[1].trimmed().toInt(&okY));
+    return okX && okY;
+}
+}  // namespace
+
+// The demo's own actions; true when the document was one of them.
+bool CZedaGui::handleDemoDocument(const CTXMLRoot& root)
+{
+    const char* uri = root.uri;
+    if (std::strncmp(uri, "Demo:", 5) != 0)
+        return false;
+    const QString step = stepName(root);
+    if (std::strcmp(uri, "Demo:Press") == 0) {
+        emit pressRequested(QString::fromUtf8(root.value("key")));
+    } else if (std::strcmp(uri, "Demo:Drag") == 0) {
+        QPoint from;
+        QPoint to;
+        const int ms = QByteArray(root.value("ms")).toInt();
+        if (parsePoint(root.value("from"), &from) && parsePoint(root.value("to"), &to))
+            emit dragRequested(from, to, qBound(0, ms, 10000), step);
+        else
+            guiLog(4, "zedagui: Demo:Drag needs from=X,Y;to=X,Y");
+    } else if (std::strcmp(uri, "Demo:Key") == 0) {
+        const QByteArray hold = root.value("hold");
+        emit keyRequested(QString::fromUtf8(root.value("key")),
+                          QByteArray(root.value("keypad")) == "1", qBound(0, hold.toInt(), 10000), step);
+    } else if (std::strcmp(uri, "Demo:Wait") == 0) {
+        emit waitRequested(qBound(0, QByteArray(root.value("ms")).toInt(), 60000), step);
+    } else if (std::strcmp(uri, "Demo:Show") == 0) {
+        showScreen(QString::fromUtf8(root.value("screen")));
+        emit documentHandled(step);
+    } else if (std::strcmp(uri, "Demo:End") == 0) {
+        emit scenarioEnded();
+    } else {
+        // "Demo:Step" and the like only name what the rest of the document shows.
+        return false;
+    }
+    return true;
 }
 
 QString CZedaGui::stepName(const CTXMLRoot& root)
@@ -173,6 +306,8 @@ QString CZedaGui::stepName(const CTXMLRoot& root)
     }
     if (root.flags & TXML_FLAG_SOFTKEYS)
         return QStringLiteral("softkeys");
+    if (root.flags & TXML_FLAG_FLYOUT)
+        return QStringLiteral("flyout");
     if (root.flags & TXML_FLAG_TRANSLATIONS)
         return QStringLiteral("translations");
     if (root.flags & TXML_FLAG_EVENT) {

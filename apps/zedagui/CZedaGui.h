@@ -4,18 +4,31 @@
 // events for the core and reacts to the core's documents: configuration,
 // translations, application status and softkeys.
 //
-// Besides the documents of a real core it understands two of the demo's own,
-// so that a scenario can drive it as test automation would:
-//   <Event uri="Demo:Press">key=NAME</Event>  press and release the button NAME
-//   <Event uri="Demo:End"/>                   the scenario is over
+// Besides the documents of a real core it understands the demo's own, so that a
+// scenario can drive it as test automation would (README, "The main job"):
+//   <Event uri="Demo:Press">key=NAME</Event>    press and release the button NAME
+//   <Event uri="Demo:Drag">from=X,Y;to=X,Y;ms=N</Event>   a finger drag in window pixels
+//   <Event uri="Demo:Key">key=NAME;keypad=1;hold=MS</Event>   a key press and release
+//   <Event uri="Demo:Wait">ms=N</Event>        a screenshot N ms later
+//   <Event uri="Demo:Show">screen=NAME</Event> show the screen NAME ("home" ...)
+//   <Event uri="Demo:End"/>                     the scenario is over
 // and a pair "step=NAME" in any document's event names what it shows.
+//
+// Screens: the home screen and the softkey bar are always there; every other
+// screen registers with addScreen() under the URL of the button that opens it
+// ("Home:CallHistory"), and "SoftKey:Back" returns home. A flyout document of
+// the core fills the softkey flyout (CZedaMenuFlyout), which the softkey at the
+// document's "keyIndex" opens; the configuration pairs "systemName" and
+// "systemNumber" name the phone on its banner.
 #include <QHash>
+#include <QPoint>
 #include <QString>
 #include <QTimer>
 
 #include "layout/CTavoLayoutMgr.h"
 
 class CZedaHomeScreen;
+class CZedaMenuFlyout;
 class CZedaSoftkeyBar;
 
 class CZedaGui : public CTavoLayoutMgr
@@ -23,7 +36,7 @@ class CZedaGui : public CTavoLayoutMgr
     Q_OBJECT
 public:
     // Keys of the manager's registry of surfaces.
-    enum { HomeScreen = 1, SoftkeyBar = 2 };
+    enum { HomeScreen = 1, SoftkeyBar = 2, MenuFlyout = 100 };
 
     CZedaGui();
     ~CZedaGui() override;
@@ -31,13 +44,31 @@ public:
     bool isBooted() const { return m_booted; }
     CZedaHomeScreen* homeScreen() const { return m_home; }
     CZedaSoftkeyBar* softkeyBar() const { return m_softkeys; }
+    CZedaMenuFlyout* menuFlyout() const { return m_menu; }
+    // A screen shown when a button sends openUrl; the manager owns it.
+    void addScreen(const QString& openUrl, CTavoLayoutWidget* screen);
+    // Shows the screen of that object name ("home" or a registered one) instead of
+    // the current one; false if there is none.
+    bool showScreen(const QString& name);
+    CTavoLayoutWidget* currentScreen() const { return m_current; }
     // The time as the status strip shows it: 24-hour or 12-hour clock.
     static QString clockText(const QTime& time, bool hours24);
+
+    // What the flyout's banner shows.
+    QString systemName() const override { return m_systemName; }
+    QString systemNumber() const override { return m_systemNumber; }
+    QString systemIp(bool ipv6) const override;
+    bool isNetworkUp() const override;
+    bool isFlyoutOpen() const override;
 
 signals:
     // A document from the core has taken effect; step is its name for a screenshot.
     void documentHandled(const QString& step);
     void pressRequested(const QString& buttonName);
+    // Demo documents whose screenshot waits until their action has ended.
+    void dragRequested(const QPoint& from, const QPoint& to, int ms, const QString& step);
+    void keyRequested(const QString& key, bool keypad, int holdMs, const QString& step);
+    void waitRequested(int ms, const QString& step);
     void scenarioEnded();
     // The first time anything reached the screen.
     void firstFramePainted();
@@ -54,11 +85,18 @@ private:
     void leaveBootScreen();
     void refreshClock();
     void refreshPhoneState();
+    void switchTo(CTavoLayoutWidget* screen);
+    bool handleDemoDocument(const CTXMLRoot& root);
     // The name of a document for its screenshot: its "step" pair, else what it held.
     static QString stepName(const CTXMLRoot& root);
 
     CZedaHomeScreen* m_home = nullptr;
     CZedaSoftkeyBar* m_softkeys = nullptr;
+    CZedaMenuFlyout* m_menu = nullptr;
+    QString m_systemName;
+    QString m_systemNumber;
+    CTavoLayoutWidget* m_current = nullptr;
+    QHash<QString, CTavoLayoutWidget*> m_screens;  // by the URL that opens them
     QTimer m_clockTimer;
     QString m_lastAction;
     bool m_booted = false;
