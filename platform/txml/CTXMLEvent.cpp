@@ -3,7 +3,6 @@
 #include <cstdio>
 
 #include "CTXMLQws.h"
-#include "TxmlText.h"
 
 namespace {
 

@@ -2,8 +2,6 @@
 
 #include <cstring>
 
-#include "TxmlText.h"
-
 namespace {
 const char kGroupDiv[] = "GROUPDIV";
 }

@@ -2,8 +2,6 @@
 
 #include <cstring>
 
-#include "TxmlText.h"
-
 void CTXMLIcon::reset()
 {
     id = TAVO_ICON_NONE;

@@ -2,8 +2,6 @@
 
 #include <cstring>
 
-#include "TxmlText.h"
-
 void CTXMLSoftkey::reset()
 {
     url[0] = 0;

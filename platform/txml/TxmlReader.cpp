@@ -10,7 +10,6 @@
 #include <string>
 
 #include "CTXMLRoot.h"
-#include "TxmlText.h"
 
 namespace txml {
 namespace {

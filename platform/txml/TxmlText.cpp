@@ -2,7 +2,6 @@
 
 #include "CTXMLUriParser.h"
 #include "TxmlTypes.h"
-#include "TxmlText.h"
 
 namespace txml {
 

@@ -49,3 +49,14 @@ enum SoftkeyLayoutTypeT : int { SoftkeyLayoutDefault = 0, SoftkeyLayoutCompact =
 enum tavoElementTypeT : int { tavoElementNone = 0, tavoElementSoftkeys = 1, tavoElementMenu = 2,
                         tavoElementPopup = 3, tavoElementLocal = 4 };
 
+namespace txml {
+// Copies src into dst[size] and always terminates; a cut never splits a UTF-8
+// sequence. Returns false when the text had to be cut. Null src gives "".
+TXML_EXPORT bool copyText(char* dst, std::size_t size, const char* src);
+TXML_EXPORT bool copyText(char* dst, std::size_t size, const char* src, std::size_t length);
+// Appends like copyText; returns false when cut.
+TXML_EXPORT bool appendText(char* dst, std::size_t size, const char* src);
+// Length of the longest prefix of text[0..length) that fits in limit bytes
+// without splitting a UTF-8 sequence.
+TXML_EXPORT std::size_t utf8Fit(const char* text, std::size_t length, std::size_t limit);
+}  // namespace txml

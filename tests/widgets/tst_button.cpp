@@ -431,7 +431,7 @@ private slots:
                 "softkey:539-hold", "softkey:539-press", nullptr, ItemPriorityUrgent, nullptr, 0, CTXMLIcon::tavoIcon(22));
         key.id = 17;
         key.extent = 1279;
-        qstrncpy(key.iconName, "phone.png", sizeof key.iconName);
+        txml::copyText(key.iconName, sizeof key.iconName, "phone.png");
         TavoButtonSettings expected;
         expected.set("phone.png", QString::fromUtf8("Anrufen \xe2\x98\x8e"), "softkey:539-call", "softkey:539-hold",
                      "softkey:539-press", CTavoIconDefinition(QString(), QString(), 22), QString(), 17,
@@ -454,7 +454,7 @@ private slots:
         QCOMPARE(CTXMLDataConverter::getIconDefFromXml(nullptr), CTavoIconDefinition());
         // Line key labels travel in Base64.
         CTXMLLineKey line;
-        qstrncpy(line.label, QByteArray("Line \xc3\xa9").toBase64().constData(), sizeof line.label);
+        txml::copyText(line.label, sizeof line.label, QByteArray("Line \xc3\xa9").toBase64().constData());
         line.icon.set(35);
         const TavoButtonSettings lineKey = CTXMLDataConverter::getButtonDefFromXml(&line);
         QVERIFY(lineKey.m_label == QString::fromUtf8("Line \xc3\xa9") && lineKey.m_icon.m_iconIndex == 35);
