@@ -12,20 +12,32 @@ bash "$root/scripts/setup.sh"
 
 build="${TGUI_DEMO_BUILD:-$root/build/release}"
 cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_TESTING=OFF >/dev/null
-cmake --build "$build" --target zedagui tgui-core
+cmake --build "$build" --target zedagui tgui-core tgui-soapd
 
 out="${TGUI_DEMO_OUT:-$root/out/screens}"
 scenario="${TGUI_DEMO_SCENARIO:-scenarios/demo.txt}"
 mkdir -p "$out"
 out="$(cd "$out" && pwd)"
-rm -f "$out"/*.png "$out"/core.log "$out"/zedagui.log
+rm -f "$out"/*.png "$out"/core.log "$out"/zedagui.log "$out"/soapd.log
 
 # A run folder of its own, so that runs side by side do not meet: links to
 # everything in run/ but Skins/default.conf, which names this run's core port.
 rundir="$(mktemp -d "${TMPDIR:-/tmp}/tgui-demo.XXXXXX")"
-core_fifo="$rundir/.core-output"; mkfifo "$core_fifo"
 core=""
-trap 'if [ -n "$core" ]; then kill "$core" 2>/dev/null || true; fi; rm -rf "$rundir"' EXIT
+soapd=""
+net=""
+stop_net() {
+  kill "$soapd" "$(cat "$net/proxy1.pid" 2>/dev/null)" "$(cat "$net/proxy2.pid" 2>/dev/null)" 2>/dev/null || true
+  cp "$net/soapd.log" "$out/soapd.log" 2>/dev/null || true
+  rm -rf "$net"
+}
+
+cleanup() {
+  if [ -n "$core" ]; then kill "$core" 2>/dev/null || true; fi
+  if [ -n "$net" ]; then stop_net; fi
+  rm -rf "$rundir"
+}
+trap cleanup EXIT
 for entry in "$root/run"/*; do
   [ "$(basename "$entry")" = Skins ] || ln -s "$entry" "$rundir/"
 done
@@ -35,8 +47,50 @@ for entry in "$root/run/Skins"/*; do
 done
 cd "$rundir"
 
+# The directory's world for the SOAP steps: tgui-soapd (TLS) and two tinyproxy
+# processes in front of it, on free ports of 127.0.0.1, and the proxy script
+# that names both. The scenario stops the first proxy ($TGUI_DEMO_PROXY_PID).
+net="$rundir/net"; mkdir "$net"
+"$build/bin/tgui-soapd" --tls --port 0 >"$net/soapd.log" 2>&1 &
+soapd=$!
+for _ in $(seq 50); do grep -q '^LISTENING' "$net/soapd.log" 2>/dev/null && break; sleep 0.1; done
+soapd_port="$(sed -n 's/^LISTENING \([0-9]*\).*/\1/p' "$net/soapd.log" || true)"
+free_port() {  # a port of 127.0.0.1 that nothing answers on
+  local p
+  while :; do
+    p=$(( (RANDOM * 32768 + RANDOM) % 28000 + 32768 ))
+    (exec 3<>"/dev/tcp/127.0.0.1/$p") 2>/dev/null || { echo "$p"; return; }
+  done
+}
+start_proxy() {  # NAME: starts it, prints its port once it listens
+  local name=$1 port
+  for _ in 1 2 3; do
+    port=$(free_port)
+    printf 'Port %s\nListen 127.0.0.1\nAllow 127.0.0.1\nMaxClients 32\nLogLevel Info\nLogFile "%s"\nUpstream http 127.0.0.1:%s\n' \
+      "$port" "$net/$name.log" "$soapd_port" >"$net/$name.conf"
+    tinyproxy -d -c "$net/$name.conf" >/dev/null 2>&1 &
+    echo $! >"$net/$name.pid"
+    for _ in $(seq 50); do
+      (exec 3<>"/dev/tcp/127.0.0.1/$port") 2>/dev/null && { echo "$port"; return 0; }
+      sleep 0.1
+    done
+    kill "$(cat "$net/$name.pid")" 2>/dev/null || true
+  done
+  return 1
+}
+proxy1_port="$(start_proxy proxy1)"
+proxy2_port="$(start_proxy proxy2)"
+cat >"$net/directory.pac" <<PAC
+function FindProxyForURL(url, host) {
+  if (dnsDomainIs(host, "directory.test"))
+    return "PROXY 127.0.0.1:$proxy1_port; PROXY localhost:$proxy2_port";
+  return "DIRECT";
+}
+PAC
+export TGUI_DEMO_PROXY_PID="$(cat "$net/proxy1.pid")"
 # The core listens on a free port of the loopback interface and says which.
 # Its lines go to core.log; the events it receives are printed as they come.
+core_fifo="$rundir/.core-output"; mkfifo "$core_fifo"
 "$build/bin/tgui-core" --port 0 --listen 127.0.0.1 --scenario "$scenario" >"$core_fifo" 2>&1 &
 core=$!
 ( while IFS= read -r line; do
@@ -62,16 +116,18 @@ if [ -z "$port" ]; then
 fi
 sed "s/^ComServerPort=.*/ComServerPort=$port/" "$root/run/Skins/default.conf" >Skins/default.conf
 
+directory=(--directory-url https://directory.test/auth/soap --directory-pac "$net/directory.pac"
+           --directory-user alice --directory-password secret)
 status=0
 if [ -z "${DISPLAY:-}" ]; then
   QT_QPA_PLATFORM=offscreen "$build/bin/zedagui" --screenshots "$out" --quit-on-end \
-      --deadline 28000 2>"$out/zedagui.log" || status=$?
+      --deadline 40000 "${directory[@]}" 2>"$out/zedagui.log" || status=$?
   wait "$core" || true
   wait "$reader" || true
   echo "screenshots in $out:"
   ls "$out"/*.png
   [ "$status" -eq 0 ] || echo "zedagui ended with exit code $status; see $out/zedagui.log" >&2
 else
-  "$build/bin/zedagui" --screenshots "$out" 2>"$out/zedagui.log" || status=$?
+  "$build/bin/zedagui" --screenshots "$out" "${directory[@]}" 2>"$out/zedagui.log" || status=$?
 fi
 exit "$status"

@@ -7,6 +7,7 @@
 #include <climits>
 
 #include "CZedaDemoDriver.h"
+#include "CZedaDirectoryScreen.h"
 #include "CZedaGui.h"
 #include "ProgramCommandLine.h"
 #include "core/TavoGlobals.h"
@@ -22,7 +23,11 @@ int main(int argc, char** argv)
     QCommandLineOption exitAfter("exit-after", "Take a last screenshot and quit after <ms> milliseconds.", "ms");
     QCommandLineOption quitOnEnd("quit-on-end", "Quit with exit code 0 when the scenario ends.");
     QCommandLineOption deadline("deadline", "Quit with exit code 4 if the scenario has not ended after <ms>.", "ms");
-    cli.addOptions({shots, exitAfter, quitOnEnd, deadline});
+    QCommandLineOption directoryUrl("directory-url", "The directory's SOAP service at <url>.", "url");
+    QCommandLineOption directoryPac("directory-pac", "Choose the directory's proxies with the proxy script <file>.", "file");
+    QCommandLineOption directoryUser("directory-user", "Sign in to the directory as <name>.", "name");
+    QCommandLineOption directoryPassword("directory-password", "The directory's password.", "text");
+    cli.addOptions({shots, exitAfter, quitOnEnd, deadline, directoryUrl, directoryPac, directoryUser, directoryPassword});
     cmdline::parse(cli, QStringLiteral("The sample phone GUI of TGUILib"));
     int exitAfterMs = -1;
     int deadlineMs = -1;
@@ -31,6 +36,8 @@ int main(int argc, char** argv)
         return cmdline::UsageError;
 
     auto* gui = new CZedaGui;
+    gui->directoryScreen()->configure(cli.value(directoryUrl), cli.value(directoryPac), cli.value(directoryUser),
+                                      cli.value(directoryPassword));
     auto* driver = new CZedaDemoDriver(gui, cli.value(shots), cli.isSet(quitOnEnd));
     if (exitAfterMs > 0)
         driver->setExitAfter(exitAfterMs);

@@ -31,7 +31,7 @@ private slots:
 
         const QString version = QStringLiteral(" " TGUI_VERSION_STRING "\n");
         const QString wantsNumber = QStringLiteral("wants a whole number from ");
-        for (const char* program : {"tgui-core", "tgui-logd", "tgui-logctl", "zedagui"}) {
+        for (const char* program : {"tgui-core", "tgui-logd", "tgui-logctl", "tgui-soapd", "zedagui"}) {
             const QString name = QString::fromLatin1(program);
             QTest::addRow("%s --help", program) << name << QStringList{"--help"} << 0
                                                 << "--version" << QString();
@@ -85,6 +85,9 @@ private slots:
             << "stats wants on or off, not 'maybe'";
         QTest::newRow("logctl too many arguments") << "tgui-logctl" << QStringList{"list", "all"} << 2
                                                   << QString() << "list wants 0 arguments, not 1";
+
+        QTest::newRow("soapd port too large") << "tgui-soapd" << QStringList{"--port", "65536"} << 2
+                                             << QString() << "--port " + wantsNumber + "0 to 65535, not '65536'";
 
         QTest::newRow("zedagui exit-after not a number") << "zedagui" << QStringList{"--exit-after", "abc"}
                                                         << 2 << QString() << "--exit-after " + wantsNumber + "1 to";
