@@ -31,7 +31,7 @@ private slots:
 
         const QString version = QStringLiteral(" " TGUI_VERSION_STRING "\n");
         const QString wantsNumber = QStringLiteral("wants a whole number from ");
-        for (const char* program : {"tgui-core", "tgui-logd", "tgui-logctl", "tgui-soapd", "zedagui"}) {
+        for (const char* program : {"tgui-core", "tgui-logd", "tgui-logctl", "tgui-soapd", "tgui-child", "zedagui"}) {
             const QString name = QString::fromLatin1(program);
             QTest::addRow("%s --help", program) << name << QStringList{"--help"} << 0
                                                 << "--version" << QString();
@@ -88,6 +88,9 @@ private slots:
 
         QTest::newRow("soapd port too large") << "tgui-soapd" << QStringList{"--port", "65536"} << 2
                                              << QString() << "--port " + wantsNumber + "0 to 65535, not '65536'";
+
+        QTest::newRow("child exit code too large") << "tgui-child" << QStringList{"--exit", "256"} << 2
+                                                  << QString() << "--exit " + wantsNumber + "0 to 255, not '256'";
 
         QTest::newRow("zedagui exit-after not a number") << "zedagui" << QStringList{"--exit-after", "abc"}
                                                         << 2 << QString() << "--exit-after " + wantsNumber + "1 to";
