@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The main job: the sample phone GUI zedagui against the simulated core, which
-# plays run/scenarios/demo.txt. Without DISPLAY it runs headless on Qt's offscreen
+# plays run/scenarios/demo.txt, and the database peer tgui-dbs on a directory
+# made afresh by run/db/demo.sql. Without DISPLAY it runs headless on Qt's offscreen
 # platform, writes a screenshot after each scenario step into out/screens/,
 # prints each event the core receives and ends by itself; with a DISPLAY it
 # opens the window and runs until it is closed. The core takes a free port and
@@ -12,18 +13,19 @@ bash "$root/scripts/setup.sh"
 
 build="${TGUI_DEMO_BUILD:-$root/build/release}"
 cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_TESTING=OFF >/dev/null
-cmake --build "$build" --target zedagui tgui-core tgui-soapd tgui-child
+cmake --build "$build" --target zedagui tgui-core tgui-soapd tgui-child tgui-dbs
 
 out="${TGUI_DEMO_OUT:-$root/out/screens}"
 scenario="${TGUI_DEMO_SCENARIO:-scenarios/demo.txt}"
 mkdir -p "$out"
 out="$(cd "$out" && pwd)"
-rm -f "$out"/*.png "$out"/core.log "$out"/zedagui.log "$out"/soapd.log
+rm -f "$out"/*.png "$out"/core.log "$out"/zedagui.log "$out"/soapd.log "$out"/dbs.log "$out"/demo.db
 
 # A run folder of its own, so that runs side by side do not meet: links to
 # everything in run/ but Skins/default.conf, which names this run's core port.
 rundir="$(mktemp -d "${TMPDIR:-/tmp}/tgui-demo.XXXXXX")"
 core=""
+dbs=""
 soapd=""
 net=""
 stop_net() {
@@ -34,6 +36,7 @@ stop_net() {
 
 cleanup() {
   if [ -n "$core" ]; then kill "$core" 2>/dev/null || true; fi
+  if [ -n "$dbs" ]; then kill "$dbs" 2>/dev/null || true; fi
   if [ -n "$net" ]; then stop_net; fi
   rm -rf "$rundir"
 }
@@ -118,12 +121,22 @@ if [ -z "$port" ]; then
 fi
 sed "s/^ComServerPort=.*/ComServerPort=$port/" "$root/run/Skins/default.conf" >Skins/default.conf
 
+# The database peer registers before zedagui, which then finds "dbs" up.
+"$build/bin/tgui-dbs" --port "$port" --init "$root/run/db/demo.sql" "$out/demo.db" 2>"$out/dbs.log" &
+dbs=$!
+for _ in $(seq 100); do grep -q '^REGISTER dbs' "$out/core.log" && break; sleep 0.1; done
+if ! grep -q '^REGISTER dbs' "$out/core.log"; then
+  echo "tgui-dbs did not register with the core:" >&2
+  cat "$out/dbs.log" >&2 || true
+  exit 1
+fi
+
 directory=(--directory-url https://directory.test/auth/soap --directory-pac "$net/directory.pac"
            --directory-user alice --directory-password secret)
 status=0
 if [ -z "${DISPLAY:-}" ]; then
   QT_QPA_PLATFORM=offscreen "$build/bin/zedagui" --screenshots "$out" --quit-on-end \
-      --deadline 48000 "${directory[@]}" 2>"$out/zedagui.log" || status=$?
+      --deadline 90000 "${directory[@]}" 2>"$out/zedagui.log" || status=$?
   wait "$core" || true
   wait "$reader" || true
   echo "screenshots in $out:"
@@ -132,4 +145,5 @@ if [ -z "${DISPLAY:-}" ]; then
 else
   "$build/bin/zedagui" --screenshots "$out" "${directory[@]}" 2>"$out/zedagui.log" || status=$?
 fi
+kill -TERM "$dbs" 2>/dev/null && wait "$dbs" || true
 exit "$status"
