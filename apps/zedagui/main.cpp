@@ -10,6 +10,7 @@
 #include "CZedaDirectoryScreen.h"
 #include "CZedaGui.h"
 #include "ProgramCommandLine.h"
+#include "StopSignals.h"
 #include "core/TavoGlobals.h"
 #include "log/GuiLog.h"
 
@@ -47,6 +48,13 @@ int main(int argc, char** argv)
     if (gui->size() != QSize(800, 480) && gui->styledRect().isEmpty())
         gui->resize(800, 480);
     gui->showLayoutMgr(false);
+    // SIGTERM and SIGINT end the loop through the manager with code 0; the
+    // stop order below then runs as for any other end.
+    if (!stopsignals::install([gui] {
+            guiLog(2, "zedagui: stopping on a signal");
+            gui->handleShutdown(0);
+        }))
+        return 1;
     guiLog(2, "zedagui: window shown, core link to %s:%d", qPrintable(gui->coreComIP()), gui->coreComPort());
     const int code = app.exec();
 

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "log/GuiLogConsole.h"
 #include "log/UtilLog.h"
 #include "log/UtilLogC.h"
 
@@ -22,8 +23,8 @@ const GuiLogLabelT guiLogLabels[] = {
 void toConsole(const char* format, va_list args)
 {
     char buffer[16383 + 1];
-    vsnprintf(buffer, sizeof buffer, format, args);
-    qDebug("%s", buffer);
+    const int length = vsnprintf(buffer, sizeof buffer, format, args);
+    guiLogConsole(buffer, length < 0 ? 0 : qMin(length, int(sizeof buffer) - 1));
 }
 }  // namespace
 
@@ -61,7 +62,7 @@ void CTavoGuiLog::logRaw(UtilLogLevelT level, const char* data)
     if (client)
         client->logRawData(level, data, -1);
     else
-        qDebug("%.16383s", data);
+        guiLogConsole(data, int(qstrnlen(data, 16383)));
 }
 
 UtilLogLevelT CTavoGuiLog::getActiveLevel()
