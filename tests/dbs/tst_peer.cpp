@@ -374,20 +374,11 @@ private slots:
         QCOMPARE(dbs->stop(), 0);
     }
 
-    void commandLine_data()
+    void unusableDatabases_data()
     {
         QTest::addColumn<QStringList>("args");
         QTest::addColumn<int>("code");
         QTest::addColumn<QString>("text");
-        QTest::newRow("help") << QStringList{"--help"} << 0 << "--batch-size <rows>";
-        QTest::newRow("version") << QStringList{"--version"} << 0 << "tgui-dbs 0.1";
-        QTest::newRow("batch size") << QStringList{"--batch-size", "ten", "x.db"} << 2
-                                    << "tgui-dbs: --batch-size wants a whole number from 1 to 100000, not 'ten'";
-        QTest::newRow("batch size 0") << QStringList{"--batch-size", "0", "x.db"} << 2 << "from 1 to 100000, not '0'";
-        QTest::newRow("port") << QStringList{"--port", "70000", "x.db"} << 2 << "--port wants";
-        QTest::newRow("poll") << QStringList{"--poll-interval", "-1", "x.db"} << 2 << "--poll-interval wants";
-        QTest::newRow("no database") << QStringList{} << 2 << "name a database file";
-        QTest::newRow("same name twice") << QStringList{"a=x.db", "a=y.db"} << 2 << "the database name 'a' is given twice";
         QTest::newRow("missing file") << QStringList{"missing.db"} << 1
                                       << "tgui-dbs: cannot open database user (missing.db): no such file";
         QTest::newRow("not a database") << QStringList{"office=qt.conf"} << 1
@@ -395,7 +386,7 @@ private slots:
         QTest::newRow("bad init script") << QStringList{"--init", "qt.conf", "new.db"} << 1 << "cannot run qt.conf on new.db";
     }
 
-    void commandLine()
+    void unusableDatabases()
     {
         QFETCH(QStringList, args);
         QFETCH(int, code);
