@@ -2,6 +2,7 @@
 // --help and --version answer on standard output with exit code 0, and an
 // unknown option, a bad number or a bad address is one clear line on standard
 // error and exit code 2, before anything is opened, bound or created.
+#include <QDir>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -31,7 +32,7 @@ private slots:
 
         const QString version = QStringLiteral(" " TGUI_VERSION_STRING "\n");
         const QString wantsNumber = QStringLiteral("wants a whole number from ");
-        for (const char* program : {"tgui-core", "tgui-logd", "tgui-logctl", "tgui-soapd", "tgui-child", "zedagui"}) {
+        for (const char* program : {"tgui-core", "tgui-dbs", "tgui-logd", "tgui-logctl", "tgui-soapd", "tgui-child", "zedagui"}) {
             const QString name = QString::fromLatin1(program);
             QTest::addRow("%s --help", program) << name << QStringList{"--help"} << 0
                                                 << "--version" << QString();
@@ -56,6 +57,28 @@ private slots:
         QTest::newRow("core missing scenario")
             << "tgui-core" << QStringList{"--port", "0", "--scenario", m_dir.filePath("none.txt")} << 2
             << QString() << "cannot read scenario";
+
+        // --create: a usage error must come before the file is made.
+        QTest::newRow("dbs port not a number") << "tgui-dbs" << QStringList{"--create", "--port", "abc", "new.db"}
+                                              << 2 << QString() << "--port " + wantsNumber + "1 to 65535, not 'abc'";
+        QTest::newRow("dbs port zero") << "tgui-dbs" << QStringList{"--create", "--port", "0", "new.db"} << 2
+                                      << QString() << "not '0'";
+        QTest::newRow("dbs batch size not a number")
+            << "tgui-dbs" << QStringList{"--create", "--batch-size", "ten", "new.db"} << 2 << QString()
+            << "--batch-size " + wantsNumber + "1 to 100000, not 'ten'";
+        QTest::newRow("dbs batch size zero") << "tgui-dbs" << QStringList{"--create", "--batch-size", "0", "new.db"}
+                                            << 2 << QString() << "not '0'";
+        QTest::newRow("dbs poll negative") << "tgui-dbs" << QStringList{"--create", "--poll-interval", "-1", "new.db"}
+                                          << 2 << QString() << "--poll-interval " + wantsNumber + "0 to 3600000";
+        QTest::newRow("dbs timeout too large")
+            << "tgui-dbs" << QStringList{"--create", "--query-timeout", "3600001", "new.db"} << 2 << QString()
+            << "--query-timeout " + wantsNumber + "0 to 3600000, not '3600001'";
+        QTest::newRow("dbs server bogus") << "tgui-dbs" << QStringList{"--create", "--server", "core", "new.db"}
+                                         << 2 << QString() << "--server wants a numeric IP address";
+        QTest::newRow("dbs no database") << "tgui-dbs" << QStringList{"--create"} << 2 << QString()
+                                        << "name a database file";
+        QTest::newRow("dbs same name twice") << "tgui-dbs" << QStringList{"--create", "a=x.db", "a=y.db"} << 2
+                                            << QString() << "the database name 'a' is given twice";
 
         QTest::newRow("logd count not a number") << "tgui-logd" << QStringList{"-n", "ten"} << 2
                                                 << QString() << "--count " + wantsNumber + "1 to";
@@ -136,6 +159,9 @@ private slots:
                 found = found || (line.startsWith(program + ": ") && line.contains(stderrHas));
             QVERIFY2(found, qPrintable(err));
         }
+        // Nothing was made in the working folder (no database, no log file).
+        const QStringList made = QDir(m_dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden);
+        QVERIFY2(made.isEmpty(), qPrintable(made.join(' ')));
     }
 };
 

@@ -71,6 +71,11 @@ class TestInstall : public QObject
                    + first.mid(10) + "\n");
         conf.close();
 
+        const Run needed = run("readelf", {"-d", host}, m_env);
+        QVERIFY2(needed.exitCode == 0, qPrintable(needed.output));
+        QVERIFY2(needed.output.contains("[libTGUILib.so." TGUI_SOVERSION "]"), qPrintable(needed.output));
+        QVERIFY2(!needed.output.contains("WebKit") && !needed.output.contains("DBus"), qPrintable(needed.output));
+
         const Run gui = run(host, {}, m_env, runDir, 60000);
         QVERIFY(core.waitForFinished(20000));
         const QString coreOut = QString::fromUtf8(core.readAll());
@@ -111,14 +116,18 @@ private slots:
         for (const QString& path :
              {inc + "layout/CTavoLayoutMgr.h", inc + "CTavoLayoutMgr.h", inc + "widgets/CTavoButton.h",
               inc + "CTavoButton.h", inc + "log/GuiLog.h", inc + "tgui_export.h", inc + "txml/CTXMLRoot.h",
-              inc + "txml/txml_export.h", m_libDir + "/cmake/TGUILib/TGUILibConfig.cmake",
+              inc + "txml/txml_export.h", inc + "tjdb/CTJDbReq.h", inc + "tjdb/CTJDbResp.h",
+              inc + "tjdb/TJDbTypes.h", inc + "tjdb/tjdb_export.h", inc + "pac/pac.h",
+              m_libDir + "/cmake/TGUILib/TGUILibConfig.cmake",
               m_libDir + "/cmake/TGUILib/TGUILibConfigVersion.cmake", m_libDir + "/pkgconfig/TGUILib.pc",
-              m_libDir + "/libTGUILib.so", m_libDir + "/libtxml.so", m_prefix + "/bin/tgui-core",
+              m_libDir + "/libTGUILib.so", m_libDir + "/libtxml.so", m_libDir + "/libtjdb.so",
+              m_libDir + "/libpac.so", m_prefix + "/bin/tgui-core", m_prefix + "/bin/tgui-dbs",
               m_prefix + "/bin/tgui-logd", m_prefix + "/bin/tgui-logctl"})
             QVERIFY2(QFile::exists(path), qPrintable(path));
         // Generic names stay in their folder; private headers stay home.
         for (const QString& path : {inc + "GuiLog.h", inc + "Mq.h", inc + "AppDefs.h",
-                                    inc + "widgets/KineticScrollPrivate.h", inc + "style/TavoSkinConfig.h"})
+                                    inc + "widgets/KineticScrollPrivate.h", inc + "style/TavoSkinConfig.h",
+                                    inc + "tjdb/TJDbText.h", inc + "pac/PacHelpers.h", inc + "pac/PacHeap.h"})
             QVERIFY2(!QFile::exists(path), qPrintable(path));
         // The library file carries its version; the link name and the soname point at it.
         const QString file = m_libDir + "/libTGUILib.so." TGUI_VERSION_STRING;
@@ -131,6 +140,52 @@ private slots:
         const QString text = QString::fromUtf8(unit.readAll());
         QVERIFY2(text.contains("\nExecStart=" + m_prefix + "/bin/tgui-logd\n"), qPrintable(text));
         QVERIFY(text.contains("\nType=simple\n"));
+    }
+
+    void exportedSymbols()
+    {
+        // What the installed libraries offer a host: their API, never a helper of
+        // an anonymous namespace, the request library's text functions or the
+        // Duktape built into the PAC evaluator.
+        const auto exported = [this](const QString& lib) {
+            const Run nm = run("nm", {"-D", "--defined-only", "-C", m_libDir + "/" + lib}, m_env);
+            return nm.exitCode == 0 ? nm.output.split('\n', Qt::SkipEmptyParts) : QStringList();
+        };
+        for (const char* lib : {"libTGUILib.so", "libtxml.so", "libtjdb.so", "libpac.so"}) {
+            const QStringList symbols = exported(lib);
+            QVERIFY2(!symbols.isEmpty(), lib);
+            for (const QString& symbol : symbols)
+                QVERIFY2(!symbol.contains("(anonymous namespace)"), qPrintable(symbol));
+        }
+        const QStringList tjdb = exported("libtjdb.so");
+        QVERIFY(!tjdb.filter("TJDB::CTJDbInterface::parse(").isEmpty());
+        QVERIFY2(tjdb.filter("TJDB::text::").isEmpty(), qPrintable(tjdb.filter("TJDB::text::").join('\n')));
+        QStringList pacFunctions;
+        for (const QString& symbol : exported("libpac.so"))
+            pacFunctions << symbol.section(' ', 2);
+        pacFunctions.sort();
+        QCOMPARE(pacFunctions, (QStringList{"alloc_ctx", "duk_destroy_heap", "find_proxy", "pac_last_error",
+                                            "pac_set_limits", "pac_set_resolver", "pac_set_time", "read_pacfile"}));
+        // Classes of the library's own surface are there.
+        const QStringList gui = exported("libTGUILib.so");
+        for (const char* api : {"CTavoLayoutMgr::initWidgets", "CTavoView::", "CTavoPageView::", "CTavoScrollBar::",
+                                "CTavoMagnifyingGlass::", "CTavoKateInput::", "CTavoDbTable::"})
+            QVERIFY2(!gui.filter(api).isEmpty(), api);
+    }
+
+    void linkLineWithoutWebKitOrDBus()
+    {
+        // WebKit and D-Bus are the library's own business: neither the package
+        // files nor pkg-config hand them to a host.
+        QFile targets(m_libDir + "/cmake/TGUILib/TGUILibTargets.cmake");
+        QVERIFY(targets.open(QIODevice::ReadOnly));
+        const QString text = QString::fromUtf8(targets.readAll());
+        const Run libs = run("pkg-config", {"--libs", "--cflags", "TGUILib"}, m_env);
+        QVERIFY2(libs.exitCode == 0, qPrintable(libs.output));
+        for (const QString& what : {text, libs.output}) {
+            QVERIFY2(!what.contains("WebKit", Qt::CaseInsensitive), qPrintable(what));
+            QVERIFY2(!what.contains("DBus", Qt::CaseInsensitive), qPrintable(what));
+        }
     }
 
     void everyInstalledHeaderCompiles()
