@@ -126,10 +126,8 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(!db.got.isEmpty() && db.got.last().data.contains("mask=\"264\""), 10000);
         ::close(silent);
 
-        core.process.terminate();
-        QVERIFY(core.process.waitForFinished(10000));
-        QCOMPARE(core.process.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(core.process.exitCode(), 0);
+        QCOMPARE(core.stop(), 0);
+        QVERIFY(core.out().contains("STOPPING"));
     }
 
 };
