@@ -34,6 +34,8 @@ protected:
     qint64 readData(char* data, qint64 max) override
     {
         const qint64 n = qMin<qint64>(max, m_input.size() - m_at);
+        if (n <= 0)
+            return 0;
         memcpy(data, m_input.constData() + m_at, size_t(n));
         m_at += int(n);
         return n;

@@ -1,6 +1,8 @@
 // The shared log configuration as other processes may leave it: any bytes in
 // the segment, then the reads and writes every log client makes.
 #include <cstdint>
+#include <cstdio>
+#include <initializer_list>
 #include <cstdlib>
 #include <cstring>
 #include <unistd.h>
