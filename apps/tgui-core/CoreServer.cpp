@@ -173,13 +173,14 @@ void CoreServer::handleFrame(Peer* peer, const GuiAppsMsgHdrT& hdr, const QByteA
     const QByteArray frame =
         QByteArray(reinterpret_cast<const char*>(&hdr), int(sizeof hdr)) + payload;
     int routed = 0;
+    const QString from = peer->name;  // the sender itself may be dropped below
     const QList<Peer*> peers = m_peers;  // a peer over its limit leaves the list
     for (Peer* p : peers) {
         if ((p->bit & others) && m_peers.contains(p) && writeTo(p, frame.constData(), frame.size()))
             ++routed;
     }
     const QString line = QStringLiteral("ROUTE %1 -> %2 type=%3 len=%4 peers=%5")
-                             .arg(peer->name, nameOf(others))
+                             .arg(from, nameOf(others))
                              .arg(int(hdr.msgType))
                              .arg(hdr.length)
                              .arg(routed);
