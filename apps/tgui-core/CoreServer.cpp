@@ -193,6 +193,8 @@ void CoreServer::onGone(Peer* peer)
 {
     m_peers.removeAll(peer);
     out(QStringLiteral("DISCONNECT %1").arg(peer->name.isEmpty() ? QStringLiteral("?") : peer->name));
+    // Whatever the socket still reports must not reach the peer deleted here.
+    peer->socket->disconnect(this);
     peer->socket->deleteLater();
     const bool registered = peer->bit != 0;
     delete peer;
