@@ -9,6 +9,7 @@
 #include "CZedaDemoDriver.h"
 #include "CZedaDirectoryScreen.h"
 #include "CZedaGui.h"
+#include "ConsoleRepeats.h"
 #include "ProgramCommandLine.h"
 #include "StopSignals.h"
 #include "core/TavoGlobals.h"
@@ -18,6 +19,8 @@ int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
     app.setApplicationName(QStringLiteral("zedagui"));
+    // A hostile peer can provoke the same line thousands of times: the console folds repeats.
+    consolerepeats::install();
 
     QCommandLineParser cli;
     QCommandLineOption shots("screenshots", "Write a PNG screenshot into <dir> after each step.", "dir");

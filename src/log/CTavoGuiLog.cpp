@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstring>
 
-#include "log/GuiLogConsole.h"
 #include "log/UtilLog.h"
 #include "log/UtilLogC.h"
 
@@ -23,8 +22,8 @@ const GuiLogLabelT guiLogLabels[] = {
 void toConsole(const char* format, va_list args)
 {
     char buffer[16383 + 1];
-    const int length = vsnprintf(buffer, sizeof buffer, format, args);
-    guiLogConsole(buffer, length < 0 ? 0 : qMin(length, int(sizeof buffer) - 1));
+    vsnprintf(buffer, sizeof buffer, format, args);
+    qDebug("%s", buffer);
 }
 }  // namespace
 
@@ -62,7 +61,7 @@ void CTavoGuiLog::logRaw(UtilLogLevelT level, const char* data)
     if (client)
         client->logRawData(level, data, -1);
     else
-        guiLogConsole(data, int(qstrnlen(data, 16383)));
+        qDebug("%.16383s", data);
 }
 
 UtilLogLevelT CTavoGuiLog::getActiveLevel()
