@@ -86,6 +86,7 @@ class TestDemo : public QObject
     QTemporaryDir m_dir;
     QString m_coreOut;
     QString m_guiOut;
+    QString m_guiLog;  // its standard error: the log before the log client is up
     int m_guiExit = -1;
 
     QImage shot(const QString& name) const
@@ -109,6 +110,7 @@ private slots:
         QVERIFY(run.mkpath("Skins"));
         QVERIFY(QFile::link(kRunDir + "/Skins/default", m_dir.filePath("Skins/default")));
         QVERIFY(QFile::link(kRunDir + "/Skins/common", m_dir.filePath("Skins/common")));
+        QVERIFY(QFile::link(kRunDir + "/Skins/leaf", m_dir.filePath("Skins/leaf")));
         QVERIFY(QFile::copy(kRunDir + "/qt.conf", m_dir.filePath("qt.conf")));
 
         QProcess core;
@@ -134,8 +136,9 @@ private slots:
         QVERIFY(gui.waitForFinished(120000));
         m_guiExit = gui.exitCode();
         m_guiOut = QString::fromUtf8(gui.readAllStandardOutput());
+        m_guiLog = QString::fromUtf8(gui.readAllStandardError());
         if (m_guiExit != 0)
-            qWarning("%s", gui.readAllStandardError().right(4000).constData());
+            qWarning("%s", qPrintable(m_guiLog.right(4000)));
         QVERIFY(core.waitForFinished(20000));
         m_coreOut = QString::fromUtf8(core.readAll());
         QCOMPARE(core.exitCode(), 0);
@@ -151,6 +154,9 @@ private slots:
         QVERIFY(m_guiOut.contains("zedagui: scenario ended, 22 screenshots"));
         QVERIFY(m_coreOut.contains("SCENARIO done"));
         QVERIFY(!m_coreOut.contains("SCENARIO timeout"));
+        // A clean start finds every font the manager loads.
+        QVERIFY2(!m_guiLog.contains("Failed to add font"), qPrintable(m_guiLog.left(4000)));
+        QVERIFY2(m_guiLog.contains("Added font: ./Skins/leaf/fonts/DroidNaskh-Bold.ttf"), qPrintable(m_guiLog.left(4000)));
     }
 
     void coreReceivesThePressesAndTheTranslationRequestInOrder()
