@@ -8,8 +8,8 @@
 // is per process): "--child tavo" builds CZedaGui in a run folder of its own
 // whose core is a listening socket of this program, shows the boot screen, gives
 // it the core's configuration after the first frame and measures once the home
-// screen has stood for a second; "--child bare" and "--child bare-noweb" are the
-// bare program with and without its web page. Timing and resident memory come
+// screen has stood for a second; footprint_bare (footprint_bare.cpp, linked with
+// Qt alone) is the bare program, with and without ("--no-web") its web page. Timing and resident memory come
 // from runs without attribution; the heap by user from one more run of each in
 // which every block is charged, when it is handed out, to the innermost frame
 // of its call stack that belongs to a part of the toolkit (or to WebKit, the
@@ -18,40 +18,25 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFile>
 #include <QHash>
-#include <QImage>
-#include <QLabel>
-#include <QPainter>
-#include <QPixmap>
 #include <QProcess>
 #include <QSet>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
-#include <QTime>
 #include <QTimer>
-#include <QWebFrame>
-#include <QWebPage>
-#include <QWidget>
 
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
-#include <cctype>
 #include <cstring>
-#include <ctime>
-#include <dlfcn.h>
-#include <functional>
-#include <execinfo.h>
-#include <mutex>
 #include <signal.h>
 #include <unistd.h>
-#include <unordered_map>
 
 #include "BenchSupport.h"
+#include "FootprintSupport.h"
 #include "CZedaGui.h"
 #include "core/CTavoCoreCommunicator.h"
 #include "core/TavoGlobals.h"
@@ -59,207 +44,11 @@
 
 namespace {
 
-// ---------------------------------------------------------------- the figures
+// The heap's users, as FootprintSupport.cpp names them in its report.
+[[maybe_unused]] const char* const kUserNames[] = {"Qt itself", "skin", "images and icons", "fonts", "widgets", "web page", "core link"};
+[[maybe_unused]] const char* const kUserKeys[] = {"qt", "skin", "images", "fonts", "widgets", "web", "core"};
+[[maybe_unused]] const int kUsers = 7;
 
-// Milliseconds since this process started, from /proc (10 ms steps).
-qint64 msSinceProcessStart()
-{
-    QFile stat(QStringLiteral("/proc/self/stat"));
-    if (!stat.open(QIODevice::ReadOnly))
-        return -1;
-    const QByteArray text = stat.readAll();
-    const int close = text.lastIndexOf(')');
-    const QList<QByteArray> fields = text.mid(close + 2).split(' ');
-    if (close < 0 || fields.size() < 20)
-        return -1;
-    const qint64 ticks = fields.at(19).toLongLong();
-    timespec now{};
-    clock_gettime(CLOCK_BOOTTIME, &now);
-    return qint64(now.tv_sec) * 1000 + now.tv_nsec / 1000000 - ticks * 1000 / sysconf(_SC_CLK_TCK);
-}
-
-// A field of /proc/self/status in kB ("VmHWM", "VmRSS").
-long long statusKb(const char* field)
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return -1;
-    const QByteArray key = QByteArray(field) + ':';
-    for (const QByteArray& line : status.readAll().split('\n')) {
-        if (line.startsWith(key))
-            return line.mid(key.size()).trimmed().split(' ').value(0).toLongLong();
-    }
-    return -1;
-}
-
-// ------------------------------------------------------- the heap by its user
-
-enum UserT { UserQt, UserSkin, UserImages, UserFonts, UserWidgets, UserWeb, UserCore, UserCount };
-const char* const kUserNames[UserCount] = {"Qt itself",  "skin",     "images and icons", "fonts",
-                                           "widgets",    "web page", "core link"};
-const char* const kUserKeys[UserCount] = {"qt", "skin", "images", "fonts", "widgets", "web", "core"};
-
-struct Attribution
-{
-    std::mutex mutex;
-    std::unordered_map<void*, unsigned char> live;  // block to its user
-    std::unordered_map<void*, signed char> frames;  // return address to a user, -1 none, -2 stop
-    long long bytes[UserCount] = {};
-    const void* exeBase = nullptr;
-};
-Attribution* s_attribution = nullptr;
-
-bool has(const char* text, const char* part)
-{
-    return text && std::strstr(text, part);
-}
-
-// The user a frame stands for: a part of the toolkit, a library that serves one,
-// -2 where the event loop or the program's start is reached, -1 for anything else.
-signed char frameUser(void* address, const void* exeBase)
-{
-    Dl_info info{};
-    if (!dladdr(address, &info))
-        return -1;
-    // Functions the library hides are named after the exported one before them,
-    // which in practice is one of the same source file.
-    const char* file = info.dli_fname;
-    const char* name = info.dli_sname;
-    if (has(name, "notify") || has(name, "QEventLoop") || has(name, "4exec") || has(name, "QApplicationC")
-        || (info.dli_fbase == exeBase && has(name, "main")))
-        return -2;
-    if (has(file, "WebKit"))
-        return UserWeb;
-    if (has(name, "CTavoParagraph")
-        && (has(name, "Html") || has(name, "CachedImage") || has(name, "sharedWebPage") || has(name, "finishImage")))
-        return UserWeb;
-    if (has(name, "CTavoResourceRepository") || has(name, "CIconResource") || has(name, "CTavoIconRepository")
-        || has(name, "CTavoImage") || has(file, "Qt5Svg"))
-        return UserImages;
-    if (has(name, "CTavoStyleSheet") || has(name, "CTavoWidgetStyle") || has(name, "TavoSkinConfig")
-        || has(name, "TavoProfile") || has(name, "setManagerStyle") || has(file, "libexpat"))
-        return UserSkin;
-    if (has(file, "libfontconfig") || has(file, "libfreetype") || has(name, "QFontDatabase")
-        || has(name, "QFontEngine") || has(name, "QFontCache") || has(name, "loadFonts") || has(name, "GlyphCache"))
-        return UserFonts;
-    if (has(name, "CTavoCoreCommunicator") || has(file, "Qt5Network") || has(file, "libtxml") || has(name, "CTXML")
-        || has(name, "appDefs") || has(name, "tavoToolSendAppMsg") || has(name, "CTavoDb"))
-        return UserCore;
-    if (has(name, "CTavo") || has(name, "KineticScroll") || has(name, "formatText") || info.dli_fbase == exeBase)
-        return UserWidgets;
-    return -1;
-}
-
-void attribute(void* block, long long bytes, bool allocated)
-{
-    Attribution& a = *s_attribution;
-    if (!allocated) {
-        std::lock_guard<std::mutex> lock(a.mutex);
-        const auto it = a.live.find(block);
-        if (it != a.live.end()) {
-            a.bytes[it->second] -= bytes;
-            a.live.erase(it);
-        }
-        return;
-    }
-    // The stack is read and named outside the lock: the loader takes a lock of its
-    // own, and a thread that holds it may be allocating.
-    void* stack[64];
-    const int depth = backtrace(stack, 64);
-    int i = 0;
-    // The interposer's own frames.
-    for (; i < depth; ++i) {
-        Dl_info info{};
-        if (!dladdr(stack[i], &info) || info.dli_fbase != a.exeBase)
-            break;
-    }
-    unsigned char user = UserQt;
-    for (; i < depth; ++i) {
-        signed char found = -1;
-        bool known = false;
-        {
-            std::lock_guard<std::mutex> lock(a.mutex);
-            const auto it = a.frames.find(stack[i]);
-            if ((known = it != a.frames.end()))
-                found = it->second;
-        }
-        if (!known) {
-            found = frameUser(stack[i], a.exeBase);
-            std::lock_guard<std::mutex> lock(a.mutex);
-            a.frames.emplace(stack[i], found);
-        }
-        if (found == -2)
-            break;
-        if (found >= 0) {
-            user = static_cast<unsigned char>(found);
-            break;
-        }
-    }
-    std::lock_guard<std::mutex> lock(a.mutex);
-    a.live[block] = user;
-    a.bytes[user] += bytes;
-}
-
-void startAttribution()
-{
-#ifndef BENCH_NO_MALLOC_HOOKS
-    s_attribution = new Attribution;
-    Dl_info self{};
-    dladdr(reinterpret_cast<void*>(&statusKb), &self);
-    s_attribution->exeBase = self.dli_fbase;
-    void* warm[4];
-    backtrace(warm, 4);  // loads the unwinder before the hook needs it
-    g_allocHook.store(&attribute);
-#endif
-}
-
-// --------------------------------------------------------------- the children
-
-void report(const char* key, long long value)
-{
-    std::printf("%s %lld\n", key, value);
-}
-
-void reportSteady(qint64 firstFrameMs)
-{
-    report("first_frame_ms", firstFrameMs);
-    report("peak_kb", statusKb("VmHWM"));
-    report("steady_kb", statusKb("VmRSS"));
-    report("heap_bytes", g_liveBytes.load());
-    // Resident memory by what is mapped: each library and font file, the heap,
-    // and anonymous maps (large blocks, thread stacks, Qt's and WebKit's own pools).
-    QFile smaps(QStringLiteral("/proc/self/smaps"));
-    if (smaps.open(QIODevice::ReadOnly)) {
-        QHash<QByteArray, long long> byMap;
-        QByteArray current;
-        for (const QByteArray& line : smaps.readAll().split('\n')) {
-            if (line.startsWith("Rss:")) {
-                byMap[current] += line.mid(4).trimmed().split(' ').value(0).toLongLong();
-            } else if (!line.isEmpty() && !std::isupper(static_cast<unsigned char>(line.at(0)))) {
-                const QList<QByteArray> parts = line.simplified().split(' ');
-                current = parts.size() >= 6 ? parts.at(5).mid(parts.at(5).lastIndexOf('/') + 1) : QByteArray("anonymous");
-            }
-        }
-        for (auto it = byMap.begin(); it != byMap.end(); ++it)
-            report(QByteArray("map:" + it.key()).constData(), it.value());
-    }
-    if (s_attribution) {
-        g_allocHook.store(nullptr);
-        std::lock_guard<std::mutex> lock(s_attribution->mutex);
-        // Qt itself: also all that was made before the attribution started.
-        long long others = 0;
-        for (int u = UserQt + 1; u < UserCount; ++u) {
-            others += s_attribution->bytes[u];
-            report(QByteArray("heap_").append(kUserKeys[u]).constData(), s_attribution->bytes[u]);
-        }
-        report("heap_qt", g_liveBytes.load() - others);
-    }
-    std::fflush(stdout);
-}
-
-// The texts of the home screen, as zedagui shows them after its configuration.
-const char* const kTexts[] = {"Home", "Messages", "Contacts", "Call history", "Settings"};
-const char* const kIntro = "<div align=\"center\"><b>Connected to the core</b> &middot; Directory offline</div>";
 const char* const kConfig =
     "<TXML><Event uri=\"Core:Config\">language=en-us;hours24=0;systemName=Front desk;systemNumber=2041;step=home</Event></TXML>";
 
@@ -271,13 +60,13 @@ int runTavo(bool attributed)
     QApplication app(argc, argv);
     app.setApplicationName(QStringLiteral("zedagui"));
     if (attributed)
-        startAttribution();
+        footprintStartAttribution();
     auto* gui = new CZedaGui;
     if (gui->size() != QSize(800, 480) && gui->styledRect().isEmpty())
         gui->resize(800, 480);
     qint64 firstFrame = -1;
     QObject::connect(gui, &CZedaGui::firstFramePainted, gui, [&] {
-        firstFrame = msSinceProcessStart();
+        firstFrame = footprintMsSinceProcessStart();
         // The core's configuration ends the boot; the home screen then stands a second.
         QTimer::singleShot(100, gui, [gui] {
             QByteArray config(kConfig);
@@ -286,7 +75,7 @@ int runTavo(bool attributed)
         QTimer::singleShot(1100, gui, [&] {
             if (!gui->isBooted() || !gui->currentScreen() || !gui->currentScreen()->isVisible())
                 std::fprintf(stderr, "bench_footprint: the home screen did not show\n");
-            reportSteady(firstFrame);
+            footprintReport(firstFrame);
             app.quit();
         });
     });
@@ -300,77 +89,6 @@ int runTavo(bool attributed)
         delete com;
     }
     bRebootInitiated = false;
-    return code;
-}
-
-// The bare program's window: notes its first frame.
-class BareWindow : public QWidget
-{
-public:
-    qint64 firstFrame = -1;
-    std::function<void()> onFirstFrame;
-
-protected:
-    void paintEvent(QPaintEvent* event) override
-    {
-        QWidget::paintEvent(event);
-        if (firstFrame < 0) {
-            firstFrame = msSinceProcessStart();
-            QTimer::singleShot(0, this, onFirstFrame);
-        }
-    }
-};
-
-int runBare(bool web, bool attributed)
-{
-    static int argc = 1;
-    static char name[] = "bare";
-    static char* argv[] = {name, nullptr};
-    QApplication app(argc, argv);
-    if (attributed)
-        startAttribution();
-    BareWindow window;
-    window.resize(800, 480);
-    QPalette palette = window.palette();
-    palette.setColor(QPalette::Window, QColor(12, 28, 60));
-    palette.setColor(QPalette::WindowText, Qt::white);
-    window.setPalette(palette);
-    window.setAutoFillBackground(true);
-    int y = 10;
-    for (const char* text : kTexts) {
-        auto* label = new QLabel(QString::fromLatin1(text), &window);
-        label->setGeometry(20, y, 300, 24);
-        y += 40;
-    }
-    auto* clock = new QLabel(QTime::currentTime().toString(QStringLiteral("h:mm AP")), &window);
-    clock->setGeometry(700, 10, 90, 24);
-    auto* intro = new QLabel(&window);
-    intro->setGeometry(20, y, 760, 40);
-    QWebPage* page = nullptr;
-    if (web) {
-        page = new QWebPage;
-        page->setViewportSize(QSize(760, 1));
-        page->mainFrame()->setHtml(QString::fromLatin1(kIntro));
-        const QSize size = page->mainFrame()->contentsSize();
-        page->setViewportSize(size);
-        QImage image(size, QImage::Format_ARGB32_Premultiplied);
-        image.fill(Qt::transparent);
-        QPainter painter(&image);
-        page->mainFrame()->render(&painter);
-        painter.end();
-        intro->setPixmap(QPixmap::fromImage(image));
-    } else {
-        intro->setText(QStringLiteral("Connected to the core \u00b7 Directory offline"));
-    }
-    window.onFirstFrame = [&] {
-        QTimer::singleShot(1100, &window, [&] {
-            reportSteady(window.firstFrame);
-            app.quit();
-        });
-    };
-    window.show();
-    const int code = app.exec();
-    delete page;
     return code;
 }
 
@@ -426,10 +144,18 @@ FiguresT runChild(const QString& mode, const QString& folder, bool attributed)
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
     child.setProcessEnvironment(env);
-    QStringList args{QStringLiteral("--child"), mode};
+    // The bare program is a program of its own, linked with Qt alone.
+    QStringList args;
+    QString program = QCoreApplication::applicationDirPath() + QStringLiteral("/footprint_bare");
+    if (mode == QLatin1String("tavo")) {
+        program = QCoreApplication::applicationFilePath();
+        args << QStringLiteral("--child") << mode;
+    } else if (mode == QLatin1String("bare-noweb")) {
+        args << QStringLiteral("--no-web");
+    }
     if (attributed)
         args << QStringLiteral("--attribute");
-    child.start(QCoreApplication::applicationFilePath(), args);
+    child.start(program, args);
     FiguresT figures;
     if (!child.waitForStarted())
         return figures;
@@ -477,10 +203,6 @@ int main(int argc, char** argv)
         const bool attributed = i + 2 < argc && std::strcmp(argv[i + 2], "--attribute") == 0;
         if (std::strcmp(argv[i + 1], "tavo") == 0)
             return runTavo(attributed);
-        if (std::strcmp(argv[i + 1], "bare") == 0)
-            return runBare(true, attributed);
-        if (std::strcmp(argv[i + 1], "bare-noweb") == 0)
-            return runBare(false, attributed);
         std::fprintf(stderr, "bench_footprint: unknown child %s\n", argv[i + 1]);
         return 2;
     }
@@ -552,7 +274,7 @@ int main(int argc, char** argv)
     std::printf("%-34s %12s %12s %12s %14s\n", "heap in use (MB)", qPrintable(mb(heapT)), qPrintable(mb(heapB)),
                 qPrintable(mb(fig(QStringLiteral("bare-noweb"), "heap_bytes") / 1024)), qPrintable(mb(heapT - heapB)));
     std::printf("heap in use by its user (kB, one attributed run each)\n");
-    for (int u = 0; u < UserCount; ++u) {
+    for (int u = 0; u < kUsers; ++u) {
         const QByteArray key = QByteArray("heap_") + kUserKeys[u];
         std::printf("  %-32s %12lld %12lld %12lld\n", kUserNames[u], heap[QStringLiteral("tavo")].value(key, -1024) / 1024,
                     heap[QStringLiteral("bare")].value(key, -1024) / 1024,

@@ -24,6 +24,9 @@ public:
     void setPhoneState(bool coreUp, bool directoryUp);
     CTavoButton* tile(const QString& name) const;
     const QList<CTavoButton*>& tiles() const { return m_tiles; }
+    // The phone's state paragraph is HTML, drawn through a web page: costly, and
+    // not on the boot screen. While held back it is only drawn once released.
+    void holdBackIntro(bool hold);
 
     void retranslateUi() override;
 
@@ -37,4 +40,5 @@ private:
     QList<CTavoButton*> m_tiles;
     bool m_coreUp = false;
     bool m_directoryUp = false;
+    bool m_introHeldBack = false;
 };
