@@ -583,6 +583,15 @@ ValueCacheT& valueCache()
     return cache;
 }
 
+// Fonts must not outlive the application that made their engines.
+void dropValueCache()
+{
+    ValueCacheT& cache = valueCache();
+    cache.values.clear();
+    cache.applicationFont = QFont();
+    cache.fontChecked = false;
+}
+
 bool cacheable(int type)
 {
     switch (type) {
@@ -610,6 +619,11 @@ void CTavoWidgetStyle::set(const QStringRef& text)
         return;
     // What the values were parsed under must still hold.
     ValueCacheT& cache = valueCache();
+    static QCoreApplication* dropRegisteredWith = nullptr;
+    if (QCoreApplication::instance() && QCoreApplication::instance() != dropRegisteredWith) {
+        qAddPostRoutine(dropValueCache);
+        dropRegisteredWith = QCoreApplication::instance();
+    }
     if (cache.scaled != m_bIsScaled || cache.factorX != m_scaleFactorX || cache.factorY != m_scaleFactorY
         || cache.resets != CTavoResourceRepository::resetCount()) {
         cache.values.clear();
