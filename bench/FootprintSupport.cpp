@@ -195,8 +195,11 @@ void reportSteady(qint64 firstFrameMs)
     if (smaps.open(QIODevice::ReadOnly)) {
         QHash<QByteArray, long long> byMap;
         QByteArray current;
+        long long privateDirty = 0;
         for (const QByteArray& line : smaps.readAll().split('\n')) {
-            if (line.startsWith("Rss:")) {
+            if (line.startsWith("Private_Dirty:")) {
+                privateDirty += line.mid(14).trimmed().split(' ').value(0).toLongLong();
+            } else if (line.startsWith("Rss:")) {
                 byMap[current] += line.mid(4).trimmed().split(' ').value(0).toLongLong();
             } else if (!line.isEmpty() && !std::isupper(static_cast<unsigned char>(line.at(0)))) {
                 const QList<QByteArray> parts = line.simplified().split(' ');
@@ -205,6 +208,8 @@ void reportSteady(qint64 firstFrameMs)
         }
         for (auto it = byMap.begin(); it != byMap.end(); ++it)
             report(QByteArray("map:" + it.key()).constData(), it.value());
+        // What this process alone holds: written pages, not shared library code.
+        report("private_dirty_kb", privateDirty);
     }
     if (s_attribution) {
         g_allocHook.store(nullptr);

@@ -262,7 +262,8 @@ int main(int argc, char** argv)
     const long long ttfB = fig(QStringLiteral("bare"), "first_frame_ms");
     std::printf("%-34s %12lld %12lld %12lld %+14lld\n", "time to first frame (ms)", ttfT, ttfB,
                 fig(QStringLiteral("bare-noweb"), "first_frame_ms"), ttfT - ttfB);
-    for (const auto& row : {std::make_pair("peak resident (MB)", "peak_kb"), std::make_pair("steady resident (MB)", "steady_kb")}) {
+    for (const auto& row : {std::make_pair("peak resident (MB)", "peak_kb"), std::make_pair("steady resident (MB)", "steady_kb"),
+                            std::make_pair("  of it private, written (MB)", "private_dirty_kb")}) {
         const long long t = fig(QStringLiteral("tavo"), row.second);
         const long long b = fig(QStringLiteral("bare"), row.second);
         std::printf("%-34s %12s %12s %12s %14s\n", row.first, qPrintable(mb(t)), qPrintable(mb(b)),
