@@ -9,8 +9,10 @@
 #include <iterator>
 
 #include "CTXMLEvent.h"
+#include "CZedaDirectoryScreen.h"
 #include "CZedaHomeScreen.h"
 #include "CZedaMenuFlyout.h"
+#include "CZedaNetworkScreen.h"
 #include "CZedaSoftkeyBar.h"
 #include "layout/CTXMLDataConverter.h"
 #include "layout/CTavoEvent.h"
@@ -81,6 +83,12 @@ void CZedaGui::initWidgets()
     m_softkeys = new CZedaSoftkeyBar(this);
     m_childWidgets.insert(HomeScreen, m_home);
     m_childWidgets.insert(SoftkeyBar, m_softkeys);
+    m_directory = new CZedaDirectoryScreen(this);
+    m_childWidgets.insert(DirectoryScreen, m_directory);
+    connect(m_directory, &CZedaDirectoryScreen::finished, this, [this](const QString& step, const QString& summary) {
+        onWidgetEvent(QStringLiteral("Directory:Result"), summary, 0);
+        emit documentHandled(step);
+    });
 
     QString attributes;
     QString style = itemStyle(skin, "home", &attributes);
@@ -90,12 +98,28 @@ void CZedaGui::initWidgets()
     style = itemStyle(skin, "softkeys", &attributes);
     if (!style.isEmpty())
         m_softkeys->applySkin(style, attributes);
+    attributes.clear();
+    style = itemStyle(skin, "directory", &attributes);
+    if (!style.isEmpty())
+        m_directory->applySkin(style, attributes);
     m_menu = new CZedaMenuFlyout(this);
     m_childWidgets.insert(MenuFlyout, m_menu);
     attributes.clear();
     style = itemStyle(skin, "flyout", &attributes);
     if (!style.isEmpty())
         m_menu->applySkin(style, attributes);
+
+    m_network = new CZedaNetworkScreen(this);
+    attributes.clear();
+    style = itemStyle(skin, "network", &attributes);
+    if (!style.isEmpty())
+        m_network->applySkin(style, attributes);
+    addScreen(QStringLiteral("Home:Settings"), m_network);
+    // The text fields' context keys reach the bar through the manager's signal,
+    // which the real softkey bar will answer in its place.
+    connect(m_network, &CZedaNetworkScreen::contextSensitiveSk, this, &CTavoLayoutMgr::contextSensitiveSk);
+    connect(this, &CTavoLayoutMgr::contextSensitiveSk, m_softkeys, &CZedaSoftkeyBar::onCtxSensitiveSkReq);
+    connect(m_softkeys, &CTavoLayoutWidget::layoutWidgetSignal, m_network, &CZedaNetworkScreen::onSoftkey);
 
     refreshClock();
     refreshPhoneState();
@@ -161,6 +185,8 @@ void CZedaGui::switchTo(CTavoLayoutWidget* screen)
         m_current->Hide(false);
     m_current = screen;
     screen->Show(false);
+    // The directory line belongs to the home screen.
+    m_directory->followScreen(screen == m_home);
     guiLog(2, "zedagui: screen %s", qPrintable(screen->objectName()));
 }
 
@@ -175,8 +201,9 @@ void CZedaGui::onWidgetEvent(QString url, QString data, int type)
         switchTo(screen);
     else if (url == QLatin1String("SoftKey:Back"))
         switchTo(m_home);
-    // The softkey that owns the flyout opens and closes it.
-    if (m_menu && m_menu->hasContent()) {
+    // The softkey that owns the flyout opens and closes it; another key that comes
+    // to stand in its place later does not.
+    if (m_menu && m_menu->hasContent() && url == m_menuOwnerUrl) {
         CTavoButton* key = m_softkeys->key(m_menu->keyIndex());
         if (key && key->isVisible() && key->url() == url)
             m_menu->toggleFrom(key);
@@ -220,6 +247,7 @@ bool CZedaGui::isFlyoutOpen() const
 
 void CZedaGui::handleTXmlMsg(QByteArray& data, GuiAppsT source, GuiAppsMsgTypeT type)
 {
+    emit documentArriving();
     CTavoLayoutMgr::handleTXmlMsg(data, source, type);
     const CTXMLRoot& root = xmlRoot();
     if (root.flags & TXML_FLAG_EVENT) {
@@ -248,6 +276,8 @@ void CZedaGui::handleTXmlMsg(QByteArray& data, GuiAppsT source, GuiAppsMsgTypeT 
     if (root.flags & TXML_FLAG_FLYOUT) {
         const char* keyIndex = root.value(CTXMLUriLib::varname(TxmlVarKeyIndex));
         m_menu->setContent(root.flyout, *keyIndex ? QByteArray(keyIndex).toInt() : -1);
+        CTavoButton* owner = m_softkeys->key(m_menu->keyIndex());
+        m_menuOwnerUrl = owner ? owner->url() : QString();
     }
     emit documentHandled(stepName(root));
 }
@@ -293,6 +323,9 @@ bool CZedaGui::handleDemoDocument(const CTXMLRoot& root)
         emit documentHandled(step);
     } else if (std::strcmp(uri, "Demo:End") == 0) {
         emit scenarioEnded();
+    } else if (std::strcmp(uri, "Demo:Directory") == 0) {
+        // The step is shot when the call has ended.
+        m_directory->request(QString::fromUtf8(root.value("user")), QString::fromUtf8(root.value("password")), step);
     } else {
         // "Demo:Step" and the like only name what the rest of the document shows.
         return false;

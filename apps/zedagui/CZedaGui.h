@@ -12,6 +12,9 @@
 //   <Event uri="Demo:Wait">ms=N</Event>        a screenshot N ms later
 //   <Event uri="Demo:Show">screen=NAME</Event> show the screen NAME ("home" ...)
 //   <Event uri="Demo:End"/>                     the scenario is over
+//   <Event uri="Demo:Directory">[user=U;password=P]</Event>  ask the directory
+//       over SOAP; the step's screenshot waits for the answer, and the core
+//       gets an event "Directory:Result" with the outcome as its data
 // and a pair "step=NAME" in any document's event names what it shows.
 //
 // Screens: the home screen and the softkey bar are always there; every other
@@ -27,8 +30,10 @@
 
 #include "layout/CTavoLayoutMgr.h"
 
+class CZedaDirectoryScreen;
 class CZedaHomeScreen;
 class CZedaMenuFlyout;
+class CZedaNetworkScreen;
 class CZedaSoftkeyBar;
 
 class CZedaGui : public CTavoLayoutMgr
@@ -36,7 +41,7 @@ class CZedaGui : public CTavoLayoutMgr
     Q_OBJECT
 public:
     // Keys of the manager's registry of surfaces.
-    enum { HomeScreen = 1, SoftkeyBar = 2, MenuFlyout = 100 };
+    enum { HomeScreen = 1, SoftkeyBar = 2, DirectoryScreen = 3, MenuFlyout = 100 };
 
     CZedaGui();
     ~CZedaGui() override;
@@ -44,7 +49,9 @@ public:
     bool isBooted() const { return m_booted; }
     CZedaHomeScreen* homeScreen() const { return m_home; }
     CZedaSoftkeyBar* softkeyBar() const { return m_softkeys; }
+    CZedaDirectoryScreen* directoryScreen() const { return m_directory; }
     CZedaMenuFlyout* menuFlyout() const { return m_menu; }
+    CZedaNetworkScreen* networkScreen() const { return m_network; }
     // A screen shown when a button sends openUrl; the manager owns it.
     void addScreen(const QString& openUrl, CTavoLayoutWidget* screen);
     // Shows the screen of that object name ("home" or a registered one) instead of
@@ -64,6 +71,8 @@ public:
 signals:
     // A document from the core has taken effect; step is its name for a screenshot.
     void documentHandled(const QString& step);
+    // A document from the core is about to take effect.
+    void documentArriving();
     void pressRequested(const QString& buttonName);
     // Demo documents whose screenshot waits until their action has ended.
     void dragRequested(const QPoint& from, const QPoint& to, int ms, const QString& step);
@@ -92,9 +101,12 @@ private:
 
     CZedaHomeScreen* m_home = nullptr;
     CZedaSoftkeyBar* m_softkeys = nullptr;
+    CZedaDirectoryScreen* m_directory = nullptr;
     CZedaMenuFlyout* m_menu = nullptr;
+    QString m_menuOwnerUrl;  // the URL of the key the flyout came for
     QString m_systemName;
     QString m_systemNumber;
+    CZedaNetworkScreen* m_network = nullptr;
     CTavoLayoutWidget* m_current = nullptr;
     QHash<QString, CTavoLayoutWidget*> m_screens;  // by the URL that opens them
     QTimer m_clockTimer;
