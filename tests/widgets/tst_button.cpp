@@ -19,6 +19,7 @@
 #include "widgets/CTavoButton.h"
 #include "widgets/CTavoButtonDefs.h"
 #include "widgets/CTavoIcon.h"
+#include "widgets/CTavoIconLabel.h"
 #include "widgets/CTavoLabelWidget.h"
 #include "widgets/CTavoVarWidthButton.h"
 
