@@ -14,6 +14,8 @@ PACKAGES=(
   # the QCop replacement
   fonts-droid-fallback fonts-dejavu-core fonts-open-sans fonts-motoya-l-maruberi
   fonts-motoya-l-cedar fonts-noto-core dbus
+  # tests: another process writing to the database peer's file
+  sqlite3
   # the HTTP proxy of the web services' tests and demo (the program, no service)
   tinyproxy-bin
 )

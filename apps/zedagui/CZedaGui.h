@@ -7,7 +7,8 @@
 // Besides the documents of a real core it understands the demo's own, so that a
 // scenario can drive it as test automation would (README, "The main job"):
 //   <Event uri="Demo:Press">key=NAME</Event>    press and release the button NAME
-//   <Event uri="Demo:Drag">from=X,Y;to=X,Y;ms=N</Event>   a finger drag in window pixels
+//   <Event uri="Demo:Drag">from=X,Y;to=X,Y;ms=N;hold=MS</Event>   a finger drag in window
+//                                               pixels; with hold, shot while still held
 //   <Event uri="Demo:Key">key=NAME;keypad=1;hold=MS</Event>   a key press and release
 //   <Event uri="Demo:Wait">ms=N</Event>        a screenshot N ms later
 //   <Event uri="Demo:Show">screen=NAME</Event> show the screen NAME ("home" ...)
@@ -15,7 +16,11 @@
 //   <Event uri="Demo:Directory">[user=U;password=P]</Event>  ask the directory
 //       over SOAP; the step's screenshot waits for the answer, and the core
 //       gets an event "Directory:Result" with the outcome as its data
-// and a pair "step=NAME" in any document's event names what it shows.
+//   <Event uri="Demo:Kill">app=NAME</Event>    kill the supervised child NAME
+// and a pair "step=NAME" in any document's event names what it shows. While
+// the meeting details (screen "meeting") show, each change of a supervised
+// child's state goes to the core as
+// <Event uri="Demo:Child">name=NAME;state=running|stopped|failed;run=N</Event>.
 //
 // Screens: the home screen and the softkey bar are always there; every other
 // screen registers with addScreen() under the URL of the button that opens it
@@ -30,11 +35,14 @@
 
 #include "layout/CTavoLayoutMgr.h"
 
+class CTavoStyleSheetFile;
+class CTavoDbTable;
 class CZedaDirectoryScreen;
 class CZedaHomeScreen;
 class CZedaMenuFlyout;
 class CZedaNetworkScreen;
 class CZedaSoftkeyBar;
+class CZedaSupervisor;
 
 class CZedaGui : public CTavoLayoutMgr
 {
@@ -49,6 +57,7 @@ public:
     bool isBooted() const { return m_booted; }
     CZedaHomeScreen* homeScreen() const { return m_home; }
     CZedaSoftkeyBar* softkeyBar() const { return m_softkeys; }
+    CZedaSupervisor* supervisor() const { return m_supervisor; }
     CZedaDirectoryScreen* directoryScreen() const { return m_directory; }
     CZedaMenuFlyout* menuFlyout() const { return m_menu; }
     CZedaNetworkScreen* networkScreen() const { return m_network; }
@@ -75,7 +84,7 @@ signals:
     void documentArriving();
     void pressRequested(const QString& buttonName);
     // Demo documents whose screenshot waits until their action has ended.
-    void dragRequested(const QPoint& from, const QPoint& to, int ms, const QString& step);
+    void dragRequested(const QPoint& from, const QPoint& to, int ms, const QString& step, int holdMs = 0);
     void keyRequested(const QString& key, bool keypad, int holdMs, const QString& step);
     void waitRequested(int ms, const QString& step);
     void scenarioEnded();
@@ -94,6 +103,10 @@ private:
     void leaveBootScreen();
     void refreshClock();
     void refreshPhoneState();
+    void initSupervision(CTavoStyleSheetFile* skin);
+    // The home screen counts the rows of the directory's "contacts" table.
+    void watchContacts();
+    void refreshContactCount();
     void switchTo(CTavoLayoutWidget* screen);
     bool handleDemoDocument(const CTXMLRoot& root);
     // The name of a document for its screenshot: its "step" pair, else what it held.
@@ -101,6 +114,7 @@ private:
 
     CZedaHomeScreen* m_home = nullptr;
     CZedaSoftkeyBar* m_softkeys = nullptr;
+    CZedaSupervisor* m_supervisor = nullptr;
     CZedaDirectoryScreen* m_directory = nullptr;
     CZedaMenuFlyout* m_menu = nullptr;
     QString m_menuOwnerUrl;  // the URL of the key the flyout came for
@@ -110,6 +124,8 @@ private:
     CTavoLayoutWidget* m_current = nullptr;
     QHash<QString, CTavoLayoutWidget*> m_screens;  // by the URL that opens them
     QTimer m_clockTimer;
+    CTavoDbTable* m_contacts = nullptr;
+    int m_contactCount = -1;
     QString m_lastAction;
     bool m_booted = false;
     bool m_painted = false;
