@@ -10,7 +10,6 @@
 #include <csignal>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 
 #include "CTXMLUriLib.h"
 
@@ -116,19 +115,19 @@ void CoreServer::onReadyRead(Peer* peer)
     peer->buffer += peer->socket->readAll();
     const int headerLength = appDefsHeaderLength();
     int at = 0;
-    while (peer->buffer.size() - at >= headerLength) {
+    for (;;) {
         GuiAppsMsgHdrT hdr;
-        std::memcpy(&hdr, peer->buffer.constData() + at, sizeof hdr);
-        if (!appDefsIsValidHdr(&hdr) || hdr.length < 0) {
+        const int size = appDefsFrameLength(peer->buffer.constData() + at, peer->buffer.size() - at, &hdr);
+        if (size == 0)
+            break;
+        if (size < 0) {
             out(QStringLiteral("REJECT %1 invalid header, closing").arg(peer->name));
             peer->buffer.clear();
             peer->socket->abort();
             return;
         }
-        if (peer->buffer.size() - at - headerLength < hdr.length)
-            break;
         const QByteArray payload = peer->buffer.mid(at + headerLength, hdr.length);
-        at += headerLength + hdr.length;
+        at += size;
         handleFrame(peer, hdr, payload);
         if (!m_peers.contains(peer))
             return;

@@ -10,6 +10,7 @@
 #include <cstdio>
 
 #include "CoreServer.h"
+#include "ProgramCommandLine.h"
 #include "SelfSignedCert.h"
 
 namespace {
@@ -32,17 +33,19 @@ int main(int argc, char** argv)
     app.setApplicationName(QStringLiteral("tgui-core"));
 
     QCommandLineParser cli;
-    cli.setApplicationDescription(QStringLiteral("Simulated core application for TGUILib GUI processes"));
-    cli.addHelpOption();
     QCommandLineOption port("port", "Listen on <port> (default 10010; 0 picks a free one).", "port", "10010");
-    QCommandLineOption listen("listen", "Listen on <address> (default: all).", "address");
+    QCommandLineOption listen("listen", "Listen on the numeric <address> (default: all).", "address");
     QCommandLineOption tls("tls", "Encrypt every connection (TLS 1.2 or later).");
     QCommandLineOption cert("cert", "PEM certificate for --tls (generated when absent).", "file");
     QCommandLineOption key("key", "PEM private key for --tls.", "file");
     QCommandLineOption writeCert("write-cert", "Write the generated certificate and key into <dir>.", "dir");
     QCommandLineOption scenario("scenario", "Play the scenario <file>.", "file");
     cli.addOptions({port, listen, tls, cert, key, writeCert, scenario});
-    cli.process(app);
+    cmdline::parse(cli, QStringLiteral("Simulated core application for TGUILib GUI processes"));
+    int portNumber = 10010;
+    QHostAddress address(QHostAddress::Any);
+    if (!cmdline::number(cli, port, 0, 65535, &portNumber) || !cmdline::address(cli, listen, &address))
+        return cmdline::UsageError;
 
     CoreServer server;
     if (cli.isSet(tls)) {
@@ -80,10 +83,9 @@ int main(int argc, char** argv)
             return 2;
         }
     }
-    const QHostAddress address = cli.isSet(listen) ? QHostAddress(cli.value(listen)) : QHostAddress(QHostAddress::Any);
-    if (!server.listen(address, quint16(cli.value(port).toUInt()))) {
-        std::fprintf(stderr, "tgui-core: cannot listen on port %s: %s\n", qPrintable(cli.value(port)),
-                     qPrintable(server.errorString()));
+    if (!server.listen(address, quint16(portNumber))) {
+        std::fprintf(stderr, "tgui-core: cannot listen on %s port %d: %s\n",
+                     qPrintable(address.toString()), portNumber, qPrintable(server.errorString()));
         return 1;
     }
     std::fprintf(stdout, "LISTENING %u%s\n", unsigned(server.serverPort()), cli.isSet(tls) ? " tls" : "");

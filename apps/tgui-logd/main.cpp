@@ -1,7 +1,10 @@
 // tgui-logd: the log server. Drains the log queue and writes one readable line
 // per record: time, label, level, text and the count of messages the client
 // could not deliver before it. Statistics records become one line each.
+#include <QCommandLineParser>
+#include <QCoreApplication>
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -11,6 +14,7 @@
 #include <unistd.h>
 #include <vector>
 
+#include "ProgramCommandLine.h"
 #include "log/RtosProtMsgQ.h"
 #include "log/UtilLog.h"
 #include "log/UtilLogMsg.h"
@@ -21,16 +25,6 @@ volatile sig_atomic_t g_stop = 0;
 void onSignal(int)
 {
     g_stop = 1;
-}
-
-void usage(FILE* out)
-{
-    fprintf(out,
-            "usage: tgui-logd [-q queue] [-o file] [-n count] [-u]\n"
-            "  -q queue  queue name (default: $TGUI_LOG_QUEUE or smqlogq)\n"
-            "  -o file   append lines to file instead of standard output\n"
-            "  -n count  stop after count records\n"
-            "  -u        remove the queue's name when stopping\n");
 }
 
 void timeText(time_t seconds, char* out, size_t size)
@@ -105,32 +99,33 @@ bool writeRecord(FILE* out, const char* data, int size)
 
 int main(int argc, char** argv)
 {
-    const char* outPath = nullptr;
+    QCoreApplication app(argc, argv);
+    app.setApplicationName(QStringLiteral("tgui-logd"));
+
+    QCommandLineParser cli;
+    QCommandLineOption queue({"q", "queue"}, "Read the queue <name> (default: $TGUI_LOG_QUEUE or smqlogq).",
+                             "name");
+    QCommandLineOption output({"o", "output"}, "Append the lines to <file> instead of standard output.",
+                              "file");
+    QCommandLineOption count({"n", "count"}, "Stop after <count> records.", "count");
+    QCommandLineOption unlinkQueue({"u", "unlink"}, "Remove the queue's name when stopping.");
+    cli.addOptions({queue, output, count, unlinkQueue});
+    cmdline::parse(cli, QStringLiteral("Log server of TGUILib: prints the records of the log queue, "
+                                       "one line each, until SIGTERM or SIGINT."));
     long long limit = -1;
-    bool unlinkAtEnd = false;
-    int opt;
-    while ((opt = getopt(argc, argv, "q:o:n:uh")) != -1) {
-        switch (opt) {
-        case 'q':
-            setenv("TGUI_LOG_QUEUE", optarg, 1);
-            break;
-        case 'o':
-            outPath = optarg;
-            break;
-        case 'n':
-            limit = atoll(optarg);
-            break;
-        case 'u':
-            unlinkAtEnd = true;
-            break;
-        case 'h':
-            usage(stdout);
-            return 0;
-        default:
-            usage(stderr);
-            return 2;
-        }
+    if (!cmdline::number(cli, count, 1, LLONG_MAX, &limit))
+        return cmdline::UsageError;
+    if (cli.isSet(queue)) {
+        // The name becomes "/name": one path component.
+        const QString name = cli.value(queue);
+        if (name.isEmpty() || name.contains(QLatin1Char('/')) || name.size() > 251)
+            return cmdline::usageError(
+                QStringLiteral("--queue wants a name of 1 to 251 characters without '/', not '%1'").arg(name));
+        setenv("TGUI_LOG_QUEUE", name.toLocal8Bit().constData(), 1);
     }
+    const QByteArray outName = cli.value(output).toLocal8Bit();
+    const char* outPath = cli.isSet(output) ? outName.constData() : nullptr;
+    const bool unlinkAtEnd = cli.isSet(unlinkQueue);
 
     FILE* out = stdout;
     if (outPath) {

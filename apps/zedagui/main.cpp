@@ -4,10 +4,12 @@
 // screenshots and end itself; see CZedaDemoDriver.h.
 #include <QApplication>
 #include <QCommandLineParser>
+#include <climits>
 
 #include "CZedaDemoDriver.h"
 #include "CZedaDirectoryScreen.h"
 #include "CZedaGui.h"
+#include "ProgramCommandLine.h"
 #include "core/TavoGlobals.h"
 #include "log/GuiLog.h"
 
@@ -17,8 +19,6 @@ int main(int argc, char** argv)
     app.setApplicationName(QStringLiteral("zedagui"));
 
     QCommandLineParser cli;
-    cli.setApplicationDescription(QStringLiteral("The sample phone GUI of TGUILib"));
-    cli.addHelpOption();
     QCommandLineOption shots("screenshots", "Write a PNG screenshot into <dir> after each step.", "dir");
     QCommandLineOption exitAfter("exit-after", "Take a last screenshot and quit after <ms> milliseconds.", "ms");
     QCommandLineOption quitOnEnd("quit-on-end", "Quit with exit code 0 when the scenario ends.");
@@ -28,16 +28,21 @@ int main(int argc, char** argv)
     QCommandLineOption directoryUser("directory-user", "Sign in to the directory as <name>.", "name");
     QCommandLineOption directoryPassword("directory-password", "The directory's password.", "text");
     cli.addOptions({shots, exitAfter, quitOnEnd, deadline, directoryUrl, directoryPac, directoryUser, directoryPassword});
-    cli.process(app);
+    cmdline::parse(cli, QStringLiteral("The sample phone GUI of TGUILib"));
+    int exitAfterMs = -1;
+    int deadlineMs = -1;
+    if (!cmdline::number(cli, exitAfter, 1, INT_MAX, &exitAfterMs)
+        || !cmdline::number(cli, deadline, 1, INT_MAX, &deadlineMs))
+        return cmdline::UsageError;
 
     auto* gui = new CZedaGui;
     gui->directoryScreen()->configure(cli.value(directoryUrl), cli.value(directoryPac), cli.value(directoryUser),
                                       cli.value(directoryPassword));
     auto* driver = new CZedaDemoDriver(gui, cli.value(shots), cli.isSet(quitOnEnd));
-    if (cli.isSet(exitAfter))
-        driver->setExitAfter(cli.value(exitAfter).toInt());
-    if (cli.isSet(deadline))
-        driver->setDeadline(cli.value(deadline).toInt());
+    if (exitAfterMs > 0)
+        driver->setExitAfter(exitAfterMs);
+    if (deadlineMs > 0)
+        driver->setDeadline(deadlineMs);
 
     if (gui->size() != QSize(800, 480) && gui->styledRect().isEmpty())
         gui->resize(800, 480);

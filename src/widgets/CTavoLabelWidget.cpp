@@ -1,6 +1,5 @@
 #include "widgets/CTavoLabelWidget.h"
 
-#include <QFontInfo>
 #include <QFontMetrics>
 #include <QPainter>
 #include <QTextFormat>
@@ -23,11 +22,6 @@ const QTextCharFormat& emptyCharFormat()
 {
     static const QTextCharFormat format;
     return format;
-}
-
-int pixelSizeOf(const QFont& font)
-{
-    return font.pixelSize() > 0 ? font.pixelSize() : QFontInfo(font).pixelSize();
 }
 
 // QFont::setPixelSize detaches even for the size the font has: labels would

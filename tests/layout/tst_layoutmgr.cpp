@@ -8,7 +8,7 @@
 #include <QtTest>
 #include <memory>
 
-#include "../core/LoopbackPeer.h"
+#include "LoopbackPeer.h"
 #include "core/TavoGlobals.h"
 #include "layout/CTavoLayoutMgr.h"
 #include "layout/CTavoLayoutWidget.h"
