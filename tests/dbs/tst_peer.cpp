@@ -243,7 +243,8 @@ private slots:
 
         // A second connection of this process, and a table that disappears.
         QSignalSpy empty(calls, &CTavoDbTable::tableIsEmpty);
-        QVERIFY(exec(m_db, "UPDATE contacts SET number = 'x' WHERE id = 20; DROP TABLE calls;"));
+        // One transaction: one change for the peer to see, so the table empties once.
+        QVERIFY(exec(m_db, "BEGIN; UPDATE contacts SET number = 'x' WHERE id = 20; DROP TABLE calls; COMMIT;"));
         QTRY_COMPARE(contacts->valueByRowId(20, 3).toString(), QStringLiteral("x"));
         QTRY_COMPARE(empty.count(), 1);
         QCOMPARE(calls->rowCount(), 0);
