@@ -18,6 +18,16 @@ if(TGUI_SANITIZE)
   add_link_options(${TGUI_SANITIZE_LINK_FLAGS})
 endif()
 
+if(TGUI_TSAN)
+  if(TGUI_SANITIZE)
+    message(FATAL_ERROR "TGUI_TSAN and TGUI_SANITIZE exclude each other")
+  endif()
+  set(TGUI_SANITIZE_COMPILE_FLAGS -fsanitize=thread -fno-omit-frame-pointer)
+  set(TGUI_SANITIZE_LINK_FLAGS -fsanitize=thread)
+  add_compile_options(${TGUI_SANITIZE_COMPILE_FLAGS})
+  add_link_options(${TGUI_SANITIZE_LINK_FLAGS})
+endif()
+
 if(TGUI_FUZZ)
   if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
     message(FATAL_ERROR "TGUI_FUZZ needs clang")
@@ -74,7 +84,8 @@ set(TGUI_TEST_ENV
     "TGUI_BIN_DIR=${PROJECT_BINARY_DIR}/bin"
     "ASAN_OPTIONS=detect_leaks=1:abort_on_error=1:strict_string_checks=1:detect_stack_use_after_return=0"
     "UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1"
-    "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0")
+    "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0"
+    "TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1:suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp")
 
 # One QtTest executable per source file: tgui_add_qtest(NAME src... [LIBS lib...] [TIMEOUT s])
 function(tgui_add_qtest name)

@@ -12,6 +12,7 @@
 #include "CoreServer.h"
 #include "ProgramCommandLine.h"
 #include "SelfSignedCert.h"
+#include "StopSignals.h"
 
 namespace {
 QByteArray readFile(const QString& path)
@@ -40,14 +41,20 @@ int main(int argc, char** argv)
     QCommandLineOption key("key", "PEM private key for --tls.", "file");
     QCommandLineOption writeCert("write-cert", "Write the generated certificate and key into <dir>.", "dir");
     QCommandLineOption scenario("scenario", "Play the scenario <file>.", "file");
-    cli.addOptions({port, listen, tls, cert, key, writeCert, scenario});
+    QCommandLineOption queueLimit("queue-limit",
+                                  "Drop a peer that has more than <bytes> waiting to be written to it "
+                                  "(default 33554432).", "bytes");
+    cli.addOptions({port, listen, tls, cert, key, writeCert, scenario, queueLimit});
     cmdline::parse(cli, QStringLiteral("Simulated core application for TGUILib GUI processes"));
     int portNumber = 10010;
     QHostAddress address(QHostAddress::Any);
-    if (!cmdline::number(cli, port, 0, 65535, &portNumber) || !cmdline::address(cli, listen, &address))
+    qint64 queueBytes = CoreServer::DefaultQueueLimit;
+    if (!cmdline::number(cli, port, 0, 65535, &portNumber) || !cmdline::address(cli, listen, &address)
+        || !cmdline::number(cli, queueLimit, qint64(1024), qint64(1) << 40, &queueBytes))
         return cmdline::UsageError;
 
     CoreServer server;
+    server.setQueueLimit(queueBytes);
     if (cli.isSet(tls)) {
         QByteArray certPem, keyPem;
         if (cli.isSet(cert) || cli.isSet(key)) {
@@ -88,6 +95,14 @@ int main(int argc, char** argv)
                      qPrintable(address.toString()), portNumber, qPrintable(server.errorString()));
         return 1;
     }
+    // SIGTERM and SIGINT: the loop ends with code 0, the server's destructor
+    // stops the peers the scenario started and closes every connection.
+    if (!stopsignals::install([] {
+            std::fprintf(stdout, "STOPPING\n");
+            std::fflush(stdout);
+            QCoreApplication::exit(0);
+        }))
+        return 1;
     std::fprintf(stdout, "LISTENING %u%s\n", unsigned(server.serverPort()), cli.isSet(tls) ? " tls" : "");
     std::fflush(stdout);
     server.startScenario();

@@ -9,7 +9,9 @@
 #include "CZedaDemoDriver.h"
 #include "CZedaDirectoryScreen.h"
 #include "CZedaGui.h"
+#include "ConsoleRepeats.h"
 #include "ProgramCommandLine.h"
+#include "StopSignals.h"
 #include "core/TavoGlobals.h"
 #include "log/GuiLog.h"
 
@@ -17,6 +19,8 @@ int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
     app.setApplicationName(QStringLiteral("zedagui"));
+    // A hostile peer can provoke the same line thousands of times: the console folds repeats.
+    consolerepeats::install();
 
     QCommandLineParser cli;
     QCommandLineOption shots("screenshots", "Write a PNG screenshot into <dir> after each step.", "dir");
@@ -47,6 +51,13 @@ int main(int argc, char** argv)
     if (gui->size() != QSize(800, 480) && gui->styledRect().isEmpty())
         gui->resize(800, 480);
     gui->showLayoutMgr(false);
+    // SIGTERM and SIGINT end the loop through the manager with code 0; the
+    // stop order below then runs as for any other end.
+    if (!stopsignals::install([gui] {
+            guiLog(2, "zedagui: stopping on a signal");
+            gui->handleShutdown(0);
+        }))
+        return 1;
     guiLog(2, "zedagui: window shown, core link to %s:%d", qPrintable(gui->coreComIP()), gui->coreComPort());
     const int code = app.exec();
 

@@ -28,6 +28,9 @@ double CTavoWidgetStyle::m_scaleFactorX = 1.0;
 double CTavoWidgetStyle::m_scaleFactorY = 1.0;
 
 namespace {
+// Names whose type getType remembers at most.
+constexpr int kTypeMemoLimit = 1024;
+
 
 struct AttributeRowT
 {
@@ -759,6 +762,8 @@ void CTavoWidgetStyle::resetContent()
 
 int CTavoWidgetStyle::getType(const QString& name)
 {
+    // Skins use a few dozen names; a hostile one may use any number, so the
+    // memo starts afresh rather than keep every name it was ever asked for.
     QHash<QString, int>& memo = typeMemo();
     auto hit = memo.constFind(name);
     if (hit != memo.constEnd())
@@ -780,6 +785,8 @@ int CTavoWidgetStyle::getType(const QString& name)
             }
         }
     }
+    if (memo.size() >= kTypeMemoLimit)
+        memo.clear();
     memo.insert(name, type);
     return type;
 }

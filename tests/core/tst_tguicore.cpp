@@ -4,6 +4,9 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include "LoopbackPeer.h"
 #include "ProgramProcess.h"
@@ -89,6 +92,44 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(core.has("REGISTER zedagui"), 10000);
         QTRY_VERIFY(!gui.got.isEmpty());
         QVERIFY(gui.got.first().data.contains("AppStatus"));
+    }
+
+    // A registered peer that never reads is cut off once its queue passes the
+    // limit; the others go on, and SIGTERM then ends the core with code 0.
+    void dropsAPeerThatDoesNotReadAndStopsOnSignal()
+    {
+        Core core({"--queue-limit", "1048576"});
+        const quint16 port = core.port();
+        QVERIFY(port);
+        const int silent = ::socket(AF_INET, SOCK_STREAM, 0);
+        QVERIFY(silent >= 0);
+        sockaddr_in to{};
+        to.sin_family = AF_INET;
+        to.sin_port = htons(port);
+        to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        QCOMPARE(::connect(silent, reinterpret_cast<sockaddr*>(&to), sizeof to), 0);
+        const QByteArray registration = LoopbackPeer::frame(GuiAppsZedagui, GuiAppsTavoapp, "zedagui");
+        QCOMPARE(::send(silent, registration.constData(), size_t(registration.size()), 0),
+                 ssize_t(registration.size()));
+        QTRY_VERIFY_WITH_TIMEOUT(core.has("REGISTER zedagui"), 10000);
+
+        Receiver db;
+        ComPtr dbs(new CTavoCoreCommunicator("127.0.0.1", port, "dbs", false));
+        connect(dbs.get(), &CTavoCoreCommunicator::messageReceived, &db, &Receiver::onMessage);
+        QTRY_VERIFY_WITH_TIMEOUT(core.has("REGISTER dbs"), 10000);
+        const QByteArray big(1024 * 1024, 'x');
+        for (int i = 0; i < 48 && !core.has("DROP zedagui"); ++i) {
+            dbs->send(const_cast<char*>(big.constData()), GuiAppsZedagui, GuiAppsMsgDb);
+            QTest::qWait(20);
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(core.has("DROP zedagui does not read"), 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(core.has("DISCONNECT zedagui"), 10000);
+        // The status mask without the dropped peer reaches the one left.
+        QTRY_VERIFY_WITH_TIMEOUT(!db.got.isEmpty() && db.got.last().data.contains("mask=\"264\""), 10000);
+        ::close(silent);
+
+        QCOMPARE(core.stop(), 0);
+        QVERIFY(core.out().contains("STOPPING"));
     }
 
 };
