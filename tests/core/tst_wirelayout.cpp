@@ -52,7 +52,7 @@ private slots:
     {
         QTest::addColumn<QString>("layout");
         QTest::addColumn<QString>("arch");
-        for (const QString& layout : {"frame", "logrecord", "logconfig"}) {
+        for (const QString& layout : QStringList{"frame", "logrecord", "logconfig"}) {
             for (const QString& arch : kArchitectures)
                 QTest::newRow(qPrintable(layout + "/" + arch)) << layout << arch;
         }
