@@ -86,9 +86,12 @@ stamp "built"
 
 # Each test runs as `qemu-arm -L <sysroot> <test>` (CMAKE_CROSSCOMPILING_EMULATOR);
 # the programs a test starts run through the wrappers in emulated-bin/.
+# Tests that cannot run under user-mode emulation, as a ctest regular
+# expression (see README, "32-bit ARM"): none today.
+exclude=''
 export QT_QPA_PLATFORM=offscreen
 cd "$build"
 status=0
-nice -n 19 ctest --output-on-failure -j "$jobs" "$@" || status=$?
+nice -n 19 ctest --output-on-failure -j "$jobs" ${exclude:+-E "$exclude"} "$@" || status=$?
 stamp "tests done, exit code $status"
 exit $status
