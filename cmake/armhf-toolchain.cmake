@@ -42,7 +42,21 @@ set(ENV{PKG_CONFIG_LIBDIR}
     "${TGUI_ARMHF_SYSROOT}/usr/lib/arm-linux-gnueabihf/pkgconfig:${TGUI_ARMHF_SYSROOT}/usr/share/pkgconfig")
 unset(ENV{PKG_CONFIG_PATH})
 
-set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm -L "${TGUI_ARMHF_SYSROOT}")
+# qemu-arm runs under a small host program that keeps QtCore's child-process
+# code on a path user-mode emulation supports (see cmake/armhf-emulator.c: without
+# it QProcess fails and may signal every process). Built once per sysroot.
+set(TGUI_ARMHF_EMULATOR "${TGUI_ARMHF_SYSROOT}/.tgui/armhf-emulator")
+set(_tgui_emulator_source "${CMAKE_CURRENT_LIST_DIR}/armhf-emulator.c")
+if(NOT EXISTS "${TGUI_ARMHF_EMULATOR}" OR "${_tgui_emulator_source}" IS_NEWER_THAN "${TGUI_ARMHF_EMULATOR}")
+  find_program(TGUI_HOST_CC NAMES clang cc gcc NO_CMAKE_FIND_ROOT_PATH)
+  file(MAKE_DIRECTORY "${TGUI_ARMHF_SYSROOT}/.tgui")
+  execute_process(COMMAND "${TGUI_HOST_CC}" -O2 -Wall -o "${TGUI_ARMHF_EMULATOR}" "${_tgui_emulator_source}"
+                  RESULT_VARIABLE _tgui_emulator_result)
+  if(NOT _tgui_emulator_result EQUAL 0)
+    message(FATAL_ERROR "cannot build ${TGUI_ARMHF_EMULATOR} with '${TGUI_HOST_CC}'")
+  endif()
+endif()
+set(CMAKE_CROSSCOMPILING_EMULATOR "${TGUI_ARMHF_EMULATOR}" qemu-arm -L "${TGUI_ARMHF_SYSROOT}")
 
 # The sysroot's Qt packages name ARM builds of moc and rcc; the host's tools of
 # the same Qt version take their place before find_package(Qt5) runs.

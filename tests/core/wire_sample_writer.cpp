@@ -2,7 +2,7 @@
 // <dir>/<layout>-<architecture>.bin, the golden files of tst_core_wirelayout.
 // Run it once per architecture when a layout changes on purpose:
 //   build/test/bin/wire_sample_writer tests/core/wire
-//   qemu-arm -L build/armhf-sysroot build/armhf/bin/wire_sample_writer tests/core/wire
+//   build/armhf/emulated-bin/wire_sample_writer tests/core/wire
 #include <QDir>
 #include <QFile>
 #include <cstdio>
