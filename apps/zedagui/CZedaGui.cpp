@@ -1,5 +1,7 @@
 #include "CZedaGui.h"
 
+#include <QHostAddress>
+#include <QNetworkInterface>
 #include <QPaintEvent>
 #include <QTime>
 #include <QVector>
@@ -8,18 +10,16 @@
 
 #include "CTXMLEvent.h"
 #include "CZedaHomeScreen.h"
+#include "CZedaMenuFlyout.h"
 #include "CZedaSoftkeyBar.h"
 #include "layout/CTXMLDataConverter.h"
+#include "layout/CTavoEvent.h"
+#include "widgets/CTavoButton.h"
 #include "log/GuiLog.h"
 #include "style/CTavoStyleSheetFile.h"
 #include "tools/TavoToolFlags.h"
 
 namespace {
-// Event number of a plain GUI event (CTavoEvent's NoEvent), flag 1 as for every
-// event that carries a tavoEvent type.
-const int kGuiEventType = 1000;
-const int kGuiEventFlags = 1;
-
 // The numbers of the strings this host shows; the manager asks the core for
 // them again whenever the language changes.
 const int kStringIds[] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
@@ -88,6 +88,12 @@ void CZedaGui::initWidgets()
     style = itemStyle(skin, "softkeys", &attributes);
     if (!style.isEmpty())
         m_softkeys->applySkin(style, attributes);
+    m_menu = new CZedaMenuFlyout(this);
+    m_childWidgets.insert(MenuFlyout, m_menu);
+    attributes.clear();
+    style = itemStyle(skin, "flyout", &attributes);
+    if (!style.isEmpty())
+        m_menu->applySkin(style, attributes);
 
     refreshClock();
     refreshPhoneState();
@@ -166,15 +172,47 @@ void CZedaGui::onWidgetEvent(QString url, QString data, int type)
         switchTo(screen);
     else if (url == QLatin1String("SoftKey:Back"))
         switchTo(m_home);
-    CTXMLEvent event;
-    if (!event.set(url.toUtf8().constData(), kGuiEventType, kGuiEventFlags))
-        guiLog(4, "zedagui: event URI cut to %d bytes: %s", int(sizeof event.uri) - 1, qPrintable(url));
+    // The softkey that owns the flyout opens and closes it.
+    if (m_menu && m_menu->hasContent()) {
+        CTavoButton* key = m_softkeys->key(m_menu->keyIndex());
+        if (key && key->isVisible() && key->url() == url)
+            m_menu->toggleFrom(key);
+    }
+    // The data travels as one "data" pair, whatever its own syntax.
+    QString pairs;
     if (!data.isEmpty())
-        event.addPair(CTXMLUriLib::varname(TxmlVarData),
-                      CTXMLDataConverter::encodeEntities(data).toUtf8().constData());
-    const std::string text = event.serialize();
-    guiLog(2, "zedagui: sending %s", text.c_str());
-    tavoToolSendAppMsg(text.c_str(), GuiAppsTavoapp, GuiAppsMsgTxml, false);
+        pairs = QString::fromLatin1(CTXMLUriLib::varname(TxmlVarData)) + QLatin1Char('=')
+            + CTXMLDataConverter::encodeEntities(data);
+    const CTavoEvent event(CTavoEvent::NoEvent, url, pairs);
+    const QByteArray text = event.serialize().toUtf8();
+    guiLog(2, "zedagui: sending %s", text.constData());
+    tavoToolSendAppMsg(text.constData(), GuiAppsTavoapp, GuiAppsMsgTxml, false);
+}
+
+QString CZedaGui::systemIp(bool ipv6) const
+{
+    // The address this phone has towards its core.
+    const QHostAddress core(coreComIP());
+    if (core.isLoopback())
+        return ipv6 ? QStringLiteral("::1") : QStringLiteral("127.0.0.1");
+    const QAbstractSocket::NetworkLayerProtocol wanted = ipv6 ? QAbstractSocket::IPv6Protocol
+                                                              : QAbstractSocket::IPv4Protocol;
+    for (const QHostAddress& address : QNetworkInterface::allAddresses()) {
+        if (!address.isLoopback() && address.protocol() == wanted)
+            return address.toString();
+    }
+    // Not known yet, as the banner understands it.
+    return QStringLiteral("...");
+}
+
+bool CZedaGui::isNetworkUp() const
+{
+    return isAppConnected(GuiAppsTavoapp);
+}
+
+bool CZedaGui::isFlyoutOpen() const
+{
+    return m_menu && m_menu->isOpen();
 }
 
 void CZedaGui::handleTXmlMsg(QByteArray& data, GuiAppsT source, GuiAppsMsgTypeT type)
@@ -185,6 +223,10 @@ void CZedaGui::handleTXmlMsg(QByteArray& data, GuiAppsT source, GuiAppsMsgTypeT 
         guiLog(2, "zedagui: event %s with %d pairs", root.uri, root.pairCount());
         const int uriType = CTXMLUriLib::type(root.uri);
         if (uriType == TxmlUriConfig) {
+            if (*root.value("systemName"))
+                m_systemName = QString::fromUtf8(root.value("systemName"));
+            if (*root.value("systemNumber"))
+                m_systemNumber = QString::fromUtf8(root.value("systemNumber"));
             leaveBootScreen();
             refreshClock();
         } else if (uriType == TxmlUriAppStatus) {
@@ -194,8 +236,15 @@ void CZedaGui::handleTXmlMsg(QByteArray& data, GuiAppsT source, GuiAppsMsgTypeT 
         }
     }
     if (root.flags & TXML_FLAG_SOFTKEYS) {
+        // The key that owned an open flyout may be gone.
+        if (m_menu->isOpen())
+            m_menu->flyIn(false, CTavoFlyoutCluster::FlyinByOwner);
         const QStringList labels = m_softkeys->setKeys(root.softkeys);
         guiLog(2, "zedagui: %d softkeys: %s", labels.size(), qPrintable(labels.join(QLatin1String(" | "))));
+    }
+    if (root.flags & TXML_FLAG_FLYOUT) {
+        const char* keyIndex = root.value(CTXMLUriLib::varname(TxmlVarKeyIndex));
+        m_menu->setContent(root.flyout, *keyIndex ? QByteArray(keyIndex).toInt() : -1);
     }
     emit documentHandled(stepName(root));
 }
@@ -257,6 +306,8 @@ QString CZedaGui::stepName(const CTXMLRoot& root)
     }
     if (root.flags & TXML_FLAG_SOFTKEYS)
         return QStringLiteral("softkeys");
+    if (root.flags & TXML_FLAG_FLYOUT)
+        return QStringLiteral("flyout");
     if (root.flags & TXML_FLAG_TRANSLATIONS)
         return QStringLiteral("translations");
     if (root.flags & TXML_FLAG_EVENT) {

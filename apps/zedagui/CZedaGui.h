@@ -16,7 +16,10 @@
 //
 // Screens: the home screen and the softkey bar are always there; every other
 // screen registers with addScreen() under the URL of the button that opens it
-// ("Home:CallHistory"), and "SoftKey:Back" returns home.
+// ("Home:CallHistory"), and "SoftKey:Back" returns home. A flyout document of
+// the core fills the softkey flyout (CZedaMenuFlyout), which the softkey at the
+// document's "keyIndex" opens; the configuration pairs "systemName" and
+// "systemNumber" name the phone on its banner.
 #include <QHash>
 #include <QPoint>
 #include <QString>
@@ -25,6 +28,7 @@
 #include "layout/CTavoLayoutMgr.h"
 
 class CZedaHomeScreen;
+class CZedaMenuFlyout;
 class CZedaSoftkeyBar;
 
 class CZedaGui : public CTavoLayoutMgr
@@ -32,7 +36,7 @@ class CZedaGui : public CTavoLayoutMgr
     Q_OBJECT
 public:
     // Keys of the manager's registry of surfaces.
-    enum { HomeScreen = 1, SoftkeyBar = 2 };
+    enum { HomeScreen = 1, SoftkeyBar = 2, MenuFlyout = 100 };
 
     CZedaGui();
     ~CZedaGui() override;
@@ -40,6 +44,7 @@ public:
     bool isBooted() const { return m_booted; }
     CZedaHomeScreen* homeScreen() const { return m_home; }
     CZedaSoftkeyBar* softkeyBar() const { return m_softkeys; }
+    CZedaMenuFlyout* menuFlyout() const { return m_menu; }
     // A screen shown when a button sends openUrl; the manager owns it.
     void addScreen(const QString& openUrl, CTavoLayoutWidget* screen);
     // Shows the screen of that object name ("home" or a registered one) instead of
@@ -48,6 +53,13 @@ public:
     CTavoLayoutWidget* currentScreen() const { return m_current; }
     // The time as the status strip shows it: 24-hour or 12-hour clock.
     static QString clockText(const QTime& time, bool hours24);
+
+    // What the flyout's banner shows.
+    QString systemName() const override { return m_systemName; }
+    QString systemNumber() const override { return m_systemNumber; }
+    QString systemIp(bool ipv6) const override;
+    bool isNetworkUp() const override;
+    bool isFlyoutOpen() const override;
 
 signals:
     // A document from the core has taken effect; step is its name for a screenshot.
@@ -80,6 +92,9 @@ private:
 
     CZedaHomeScreen* m_home = nullptr;
     CZedaSoftkeyBar* m_softkeys = nullptr;
+    CZedaMenuFlyout* m_menu = nullptr;
+    QString m_systemName;
+    QString m_systemNumber;
     CTavoLayoutWidget* m_current = nullptr;
     QHash<QString, CTavoLayoutWidget*> m_screens;  // by the URL that opens them
     QTimer m_clockTimer;

@@ -24,6 +24,7 @@
 
 #include "core/TavoGlobals.h"
 #include "layout/CTXMLDataConverter.h"
+#include "layout/CTavoEvent.h"
 #include "layout/CTavoLayoutWidget.h"
 #include "layout/CTavoLocale.h"
 #include "log/GuiLog.h"
@@ -101,6 +102,7 @@ CTavoLayoutMgr::CTavoLayoutMgr(QWidget* parent, Qt::WindowFlags flags, bool noCo
             &CTavoLayoutMgr::onDaisyChainPortOpenOnHub);
     connect(&m_daisySocket, &QAbstractSocket::errorOccurred, this,
             &CTavoLayoutMgr::onDaisyChainPortClosedOnHub);
+    CTavoEvent::registerTavoEvents();
 
     // Set last: nothing above may reach the manager through instance().
     s_instance = this;

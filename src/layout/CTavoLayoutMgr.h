@@ -77,6 +77,7 @@ public:
     bool isAppConnected(GuiAppsT app) const { return (m_connectedApps & int(app)) != 0; }
     int connectedApps() const { return m_connectedApps; }
     void setDaisyChainedIP(const QString& address) { m_daisyChainedIP = address; }
+    const QString& daisyChainedIP() const { return m_daisyChainedIP; }
     QString defaultCoreComIP() const;
     bool setShowDaisyChainedScreen(bool show);
     bool isDaisyChainedScreenShown() const { return m_showDaisyChainedScreen; }

@@ -59,6 +59,16 @@ double lightCentre(const QImage& image, const QRect& area)
     return right < 0 ? -1.0 : (left + right) / 2.0;
 }
 
+// Pixels brighter than the dark backgrounds of the skin: text and icons.
+int brightPixels(const QImage& image, const QRect& area)
+{
+    int n = 0;
+    for (int y = area.top(); y <= area.bottom(); ++y)
+        for (int x = area.left(); x <= area.right(); ++x)
+            n += qGray(image.pixel(x, y)) > 150 ? 1 : 0;
+    return n;
+}
+
 int distinctColours(const QImage& image)
 {
     QSet<QRgb> colours;
@@ -82,6 +92,12 @@ class TestDemo : public QObject
     {
         QImage image(m_dir.filePath("shots/" + name + ".png"));
         return image.convertToFormat(QImage::Format_RGB32);
+    }
+    // A screenshot by its step name, whatever its number.
+    QImage step(const QString& name) const
+    {
+        const QStringList found = QDir(m_dir.filePath("shots")).entryList({"[0-9][0-9]-" + name + ".png"}, QDir::Files);
+        return found.size() == 1 ? shot(found.first().chopped(4)) : QImage();
     }
 
 private slots:
@@ -132,7 +148,7 @@ private slots:
         const QRegularExpressionMatch m = frame.match(m_guiOut);
         QVERIFY2(m.hasMatch(), qPrintable(m_guiOut));
         QVERIFY(m.captured(1).toInt() > 0);
-        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 15 screenshots"));
+        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 22 screenshots"));
         QVERIFY(m_coreOut.contains("SCENARIO done"));
         QVERIFY(!m_coreOut.contains("SCENARIO timeout"));
     }
@@ -153,14 +169,15 @@ private slots:
             QVERIFY2(at >= from, qPrintable(line + "\n---\n" + m_coreOut));
             from = at + 1;
         }
-        // Sliding off or pressing without a press URL sends nothing else.
-        QCOMPARE(m_coreOut.count("EVENT zedagui"), 5);
+        // Sliding off or pressing without a press URL sends nothing else; the
+        // flyout adds its report, two Menu presses, a choice and two closings.
+        QCOMPARE(m_coreOut.count("EVENT zedagui"), 11);
     }
 
     void everyScreenshotIsARealScreen()
     {
         const QStringList names = QDir(m_dir.filePath("shots")).entryList({"*.png"}, QDir::Files, QDir::Name);
-        QCOMPARE(names.size(), 15);
+        QCOMPARE(names.size(), 22);
         for (const QString& file : names) {
             const QImage image = shot(file.chopped(4));
             QCOMPARE(image.size(), QSize(800, 480));
@@ -261,6 +278,58 @@ private slots:
         // The directory goes away: the paragraph again.
         const QRect offline = diffBox(shot("11-translations-fr"), shot("12-directory-offline"), statusStrip);
         QVERIFY(!offline.isEmpty() && intro.contains(offline));
+    }
+
+    void menuFlyoutOpensTakesADigitAndClosesByItself()
+    {
+        // The flyout's report, the Menu key, digit 2's choice and the closing, in order;
+        // then the Menu key again and, with no key in between, the closing by time-out.
+        const QStringList expected = {
+            "<Event uri=\"Gui:Event\" type=\"1000\" flags=\"1\">data=labels%3DMessages%3BCall%3BContacts"
+            "%3BCall history%3BFeatures%3BSettings%3BkeyIndex%3D3<",
+            "<Event uri=\"softkey:542-Menu\" type=\"1000\" flags=\"1\">",
+            "<Event uri=\"softkey:702-Call\" type=\"1000\" flags=\"1\">data=state%3Dpressed%3B"
+            "key%3DKey:FlyoutSelect%3Bvalue%3Dcall%3B<",
+            "<Event uri=\"Gui:Event\" type=\"1000\" flags=\"1\">data=flyIn%3D1%3BkeyIndex%3D3<",
+            "<Event uri=\"softkey:542-Menu\" type=\"1000\" flags=\"1\">",
+            "<Event uri=\"Gui:Event\" type=\"1000\" flags=\"1\">data=flyIn%3D1%3BkeyIndex%3D3<",
+        };
+        QStringList events;
+        for (const QString& line : m_coreOut.split('\n')) {
+            if (line.startsWith("EVENT zedagui") && line.indexOf("Gui:Translate") < 0 && line.indexOf("Home:") < 0
+                && line.indexOf("SoftKey:Back") < 0)
+                events << line;
+        }
+        QCOMPARE(events.size(), expected.size());
+        for (int i = 0; i < expected.size(); ++i)
+            QVERIFY2(events.at(i).contains(expected.at(i)), qPrintable(events.at(i)));
+
+        const QImage before = step("menu-flyout");
+        const QImage open = step("menu-open");
+        const QImage chosen = step("menu-digit-2");
+        const QImage reopened = step("menu-reopened");
+        const QImage timedOut = step("menu-timeout");
+        for (const QImage& image : {before, open, chosen, reopened, timedOut})
+            QVERIFY(!image.isNull());
+        const QRect statusStrip(0, 0, 800, 40);  // the clock may turn a minute
+        // Open: above the Menu key, its right edge on the key's, and the key lit.
+        const QRect flyoutAndKey(474, 84, 320, 392);
+        for (const QImage& image : {open, reopened}) {
+            const QRect changed = diffBox(before, image, statusStrip);
+            QVERIFY2(flyoutAndKey.contains(changed) && changed.width() > 300 && changed.height() > 300,
+                     qPrintable(QString("%1,%2 %3x%4").arg(changed.x()).arg(changed.y()).arg(changed.width()).arg(changed.height())));
+            // The banner's three lines and a digit on each of the six rows.
+            for (int line : {92, 112, 130})
+                QVERIFY2(brightPixels(image, QRect(480, line, 120, 14)) > 20, qPrintable(QString::number(line)));
+            for (int row : {160, 202, 248, 290, 336, 378})
+                QVERIFY2(brightPixels(image, QRect(752, row + 8, 30, 24)) > 10, qPrintable(QString::number(row)));
+        }
+        // The focused first row and its owner, the Menu key, look chosen.
+        QVERIFY(qBlue(open.pixel(740, 170)) > qRed(open.pixel(740, 170)) + 80);
+        QVERIFY(qBlue(open.pixel(610, 470)) > qRed(open.pixel(610, 470)) + 80);
+        // Closed by the choice and by the time-out: the screen as before it opened.
+        QVERIFY(diffBox(before, chosen, statusStrip).isEmpty());
+        QVERIFY(diffBox(before, timedOut, statusStrip).isEmpty());
     }
 };
 
