@@ -38,6 +38,12 @@ CZedaDemoDriver::CZedaDemoDriver(CZedaGui* gui, const QString& shotDir, bool qui
     }
     connect(gui, &CZedaGui::firstFramePainted, this, &CZedaDemoDriver::onFirstFrame);
     connect(gui, &CZedaGui::documentHandled, this, &CZedaDemoDriver::onDocument);
+    // On a busy machine the core's first documents can come before the first
+    // frame: the boot screen is shot before they take effect.
+    connect(gui, &CZedaGui::documentArriving, this, [this] {
+        m_bootShotPending = true;
+        takeBootShot();
+    });
     connect(gui, &CZedaGui::pressRequested, this, &CZedaDemoDriver::press);
     connect(gui, &CZedaGui::scenarioEnded, this, &CZedaDemoDriver::onEnd);
     connect(gui, &CZedaGui::dragRequested, this, &CZedaDemoDriver::drag);
@@ -125,9 +131,10 @@ void CZedaDemoDriver::onFirstFrame()
 
 void CZedaDemoDriver::takeBootShot()
 {
-    if (!m_bootShotPending)
+    if (!m_bootShotPending || m_bootShotTaken)
         return;
     m_bootShotPending = false;
+    m_bootShotTaken = true;
     shoot(QStringLiteral("00-boot"));
 }
 
@@ -264,14 +271,20 @@ void CZedaDemoDriver::key(const QString& name, bool keypad, int holdMs, const QS
     QApplication::sendEvent(target, &down);
     const QString shot = nextName(step);
     QPointer<QWidget> guard(target);
-    QTimer::singleShot(holdMs, this, [this, guard, code, modifiers, text, shot] {
+    auto release = [this, guard, code, modifiers, text, shot] {
         if (guard) {
             QKeyEvent up(QEvent::KeyRelease, code, modifiers, text);
             QApplication::sendEvent(guard, &up);
         }
         if (!m_ended)
             shoot(shot);
-    });
+    };
+    // Without a hold the key is released at once: keys that arrive in a burst
+    // then still get one screenshot each.
+    if (holdMs == 0)
+        release();
+    else
+        QTimer::singleShot(holdMs, this, release);
 }
 
 void CZedaDemoDriver::wait(int ms, const QString& step)

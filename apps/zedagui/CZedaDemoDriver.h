@@ -68,6 +68,7 @@ private:
     bool m_quitOnEnd;
     bool m_ended = false;
     bool m_bootShotPending = false;
+    bool m_bootShotTaken = false;
     int m_shots = 0;
     int m_sequence = 0;
     QPointer<QWidget> m_dragSurface;  // the surface a drag started on keeps it

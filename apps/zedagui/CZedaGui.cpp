@@ -11,6 +11,7 @@
 #include "CTXMLEvent.h"
 #include "CZedaHomeScreen.h"
 #include "CZedaMenuFlyout.h"
+#include "CZedaNetworkScreen.h"
 #include "CZedaSoftkeyBar.h"
 #include "layout/CTXMLDataConverter.h"
 #include "layout/CTavoEvent.h"
@@ -95,6 +96,18 @@ void CZedaGui::initWidgets()
     if (!style.isEmpty())
         m_menu->applySkin(style, attributes);
 
+    m_network = new CZedaNetworkScreen(this);
+    attributes.clear();
+    style = itemStyle(skin, "network", &attributes);
+    if (!style.isEmpty())
+        m_network->applySkin(style, attributes);
+    addScreen(QStringLiteral("Home:Settings"), m_network);
+    // The text fields' context keys reach the bar through the manager's signal,
+    // which the real softkey bar will answer in its place.
+    connect(m_network, &CZedaNetworkScreen::contextSensitiveSk, this, &CTavoLayoutMgr::contextSensitiveSk);
+    connect(this, &CTavoLayoutMgr::contextSensitiveSk, m_softkeys, &CZedaSoftkeyBar::onCtxSensitiveSkReq);
+    connect(m_softkeys, &CTavoLayoutWidget::layoutWidgetSignal, m_network, &CZedaNetworkScreen::onSoftkey);
+
     refreshClock();
     refreshPhoneState();
     m_clockTimer.start();
@@ -172,8 +185,9 @@ void CZedaGui::onWidgetEvent(QString url, QString data, int type)
         switchTo(screen);
     else if (url == QLatin1String("SoftKey:Back"))
         switchTo(m_home);
-    // The softkey that owns the flyout opens and closes it.
-    if (m_menu && m_menu->hasContent()) {
+    // The softkey that owns the flyout opens and closes it; another key that comes
+    // to stand in its place later does not.
+    if (m_menu && m_menu->hasContent() && url == m_menuOwnerUrl) {
         CTavoButton* key = m_softkeys->key(m_menu->keyIndex());
         if (key && key->isVisible() && key->url() == url)
             m_menu->toggleFrom(key);
@@ -217,6 +231,7 @@ bool CZedaGui::isFlyoutOpen() const
 
 void CZedaGui::handleTXmlMsg(QByteArray& data, GuiAppsT source, GuiAppsMsgTypeT type)
 {
+    emit documentArriving();
     CTavoLayoutMgr::handleTXmlMsg(data, source, type);
     const CTXMLRoot& root = xmlRoot();
     if (root.flags & TXML_FLAG_EVENT) {
@@ -245,6 +260,8 @@ void CZedaGui::handleTXmlMsg(QByteArray& data, GuiAppsT source, GuiAppsMsgTypeT 
     if (root.flags & TXML_FLAG_FLYOUT) {
         const char* keyIndex = root.value(CTXMLUriLib::varname(TxmlVarKeyIndex));
         m_menu->setContent(root.flyout, *keyIndex ? QByteArray(keyIndex).toInt() : -1);
+        CTavoButton* owner = m_softkeys->key(m_menu->keyIndex());
+        m_menuOwnerUrl = owner ? owner->url() : QString();
     }
     emit documentHandled(stepName(root));
 }

@@ -29,6 +29,7 @@
 
 class CZedaHomeScreen;
 class CZedaMenuFlyout;
+class CZedaNetworkScreen;
 class CZedaSoftkeyBar;
 
 class CZedaGui : public CTavoLayoutMgr
@@ -45,6 +46,7 @@ public:
     CZedaHomeScreen* homeScreen() const { return m_home; }
     CZedaSoftkeyBar* softkeyBar() const { return m_softkeys; }
     CZedaMenuFlyout* menuFlyout() const { return m_menu; }
+    CZedaNetworkScreen* networkScreen() const { return m_network; }
     // A screen shown when a button sends openUrl; the manager owns it.
     void addScreen(const QString& openUrl, CTavoLayoutWidget* screen);
     // Shows the screen of that object name ("home" or a registered one) instead of
@@ -64,6 +66,8 @@ public:
 signals:
     // A document from the core has taken effect; step is its name for a screenshot.
     void documentHandled(const QString& step);
+    // A document from the core is about to take effect.
+    void documentArriving();
     void pressRequested(const QString& buttonName);
     // Demo documents whose screenshot waits until their action has ended.
     void dragRequested(const QPoint& from, const QPoint& to, int ms, const QString& step);
@@ -93,8 +97,10 @@ private:
     CZedaHomeScreen* m_home = nullptr;
     CZedaSoftkeyBar* m_softkeys = nullptr;
     CZedaMenuFlyout* m_menu = nullptr;
+    QString m_menuOwnerUrl;  // the URL of the key the flyout came for
     QString m_systemName;
     QString m_systemNumber;
+    CZedaNetworkScreen* m_network = nullptr;
     CTavoLayoutWidget* m_current = nullptr;
     QHash<QString, CTavoLayoutWidget*> m_screens;  // by the URL that opens them
     QTimer m_clockTimer;

@@ -1,8 +1,13 @@
 #pragma once
 // The row of softkeys along the bottom edge: four keys styled by the skin item
 // "softkeys", labelled and addressed by the softkey documents of the core.
+// Context sensitive keys (type 2) take a place only while a text field asks
+// for them through onCtxSensitiveSkReq.
 #include <QList>
+#include <QMap>
 #include <QString>
+
+#include "widgets/TavoButtonSettings.h"
 
 #include "layout/CTavoLayoutWidget.h"
 
@@ -23,6 +28,20 @@ public:
     QStringList setKeys(const CTXMLSoftkeys& keys);
     CTavoButton* key(int index) const { return m_keys.value(index); }
 
+public slots:
+    // Show (1), hide (0) or dim (2, shown here) the context key with this URL.
+    void onCtxSensitiveSkReq(QString url, QString data, int value);
+
 private:
+    struct KeyT
+    {
+        TavoButtonSettings settings;
+        int position;
+        bool contextual;
+    };
+    QStringList place();
+
     QList<CTavoButton*> m_keys;
+    QList<KeyT> m_document;           // the keys of the last softkey document
+    QMap<QString, QString> m_ctxKeys;  // context keys asked for: URL to data
 };

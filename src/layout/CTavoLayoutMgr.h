@@ -143,6 +143,9 @@ public:
     void setBootingText(const QString& text);
     void setUseBootingBackground(bool on);
     int japaneseNewFontId() const { return m_JapaneseNewFontId; }
+    // The lock screen's validate key is dimmed, not hidden, while its field is too short.
+    bool lockScreenDimming() const { return m_lockScreenDimming; }
+    void setLockScreenDimming(bool on) { m_lockScreenDimming = on; }
     int japaneseOldFontId() const { return m_JapaneseOldFontId; }
 
     // Stop order: Quit (or QuitBrow) first, then handleShutdown.
@@ -262,6 +265,7 @@ protected:
     QFont m_bootingFont = QFont(QStringLiteral("Droid"), 18, 75);
     int m_JapaneseNewFontId = -1;
     int m_JapaneseOldFontId = -1;
+    bool m_lockScreenDimming = false;
 
     static CTXMLRoot m_xmlRoot;
     static QPoint m_softkeyPos[5];

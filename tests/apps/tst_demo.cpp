@@ -148,7 +148,7 @@ private slots:
         const QRegularExpressionMatch m = frame.match(m_guiOut);
         QVERIFY2(m.hasMatch(), qPrintable(m_guiOut));
         QVERIFY(m.captured(1).toInt() > 0);
-        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 22 screenshots"));
+        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 44 screenshots"));
         QVERIFY(m_coreOut.contains("SCENARIO done"));
         QVERIFY(!m_coreOut.contains("SCENARIO timeout"));
     }
@@ -160,6 +160,9 @@ private slots:
             "EVENT zedagui type=0 <TXML><Event uri=\"SoftKey:Back\" type=\"1000\" flags=\"1\">",
             "EVENT zedagui type=0 <TXML><Event uri=\"Gui:Translate\">data=1%2C2%2C3%2C4%2C5%2C6%2C7%2C8%2C9<",
             "EVENT zedagui type=0 <TXML><Event uri=\"Home:Contacts\" type=\"1000\" flags=\"1\">",
+            "EVENT zedagui type=0 <TXML><Event uri=\"Home:Settings\" type=\"1000\" flags=\"1\">",
+            "EVENT zedagui type=0 <TXML><Event uri=\"SoftKey:ToggleEditMode\" type=\"1000\" flags=\"1\">",
+            "EVENT zedagui type=0 <TXML><Event uri=\"SoftKey:Back\" type=\"1000\" flags=\"1\">",
         };
         // A first translation request comes with the first language, before any press.
         int from = m_coreOut.indexOf(expected.at(0));
@@ -170,14 +173,15 @@ private slots:
             from = at + 1;
         }
         // Sliding off or pressing without a press URL sends nothing else; the
-        // flyout adds its report, two Menu presses, a choice and two closings.
-        QCOMPARE(m_coreOut.count("EVENT zedagui"), 11);
+        // flyout adds its report, two Menu presses, a choice and two closings,
+        // the Network screen its tile, the mode key and Back.
+        QCOMPARE(m_coreOut.count("EVENT zedagui"), 14);
     }
 
     void everyScreenshotIsARealScreen()
     {
         const QStringList names = QDir(m_dir.filePath("shots")).entryList({"*.png"}, QDir::Files, QDir::Name);
-        QCOMPARE(names.size(), 22);
+        QCOMPARE(names.size(), 44);
         for (const QString& file : names) {
             const QImage image = shot(file.chopped(4));
             QCOMPARE(image.size(), QSize(800, 480));
@@ -296,8 +300,8 @@ private slots:
         };
         QStringList events;
         for (const QString& line : m_coreOut.split('\n')) {
-            if (line.startsWith("EVENT zedagui") && line.indexOf("Gui:Translate") < 0 && line.indexOf("Home:") < 0
-                && line.indexOf("SoftKey:Back") < 0)
+            if (line.startsWith("EVENT zedagui") && (line.contains("Gui:Event") || line.contains("softkey:7")
+                                                     || line.contains("softkey:542-Menu")))
                 events << line;
         }
         QCOMPARE(events.size(), expected.size());
@@ -330,6 +334,63 @@ private slots:
         // Closed by the choice and by the time-out: the screen as before it opened.
         QVERIFY(diffBox(before, chosen, statusStrip).isEmpty());
         QVERIFY(diffBox(before, timedOut, statusStrip).isEmpty());
+    }
+
+    // Settings opens the Network screen; the dial pad types the address group by
+    // group, Tab goes on to the name field, whose mode identifier appears beside
+    // it, and the bar shows just the context keys the focused field asks for.
+    void networkScreenTypesIntoItsFields()
+    {
+        const QRect ipField(250, 150, 320, 44);
+        const QRect firstGroup(255, 155, 48, 34);
+        const QRect otherGroups(306, 155, 260, 34);
+        const QRect nameField(250, 230, 320, 44);
+        const QRect modeId(580, 230, 180, 44);
+        const QRect modeKey(4, 420, 196, 56);
+        const QRect deleteKey(202, 420, 196, 56);
+        const QColor selection("#306ebe");
+        auto selected = [&](const QImage& image, const QRect& area) {
+            int n = 0;
+            for (int y = area.top(); y <= area.bottom(); ++y)
+                for (int x = area.left(); x <= area.right(); ++x)
+                    n += image.pixel(x, y) == selection.rgb();
+            return n;
+        };
+        // A key is drawn where its area is lighter than the bar's own background.
+        auto keyShown = [](const QImage& image, const QRect& key) { return qBlue(image.pixel(key.center())) > 50; };
+
+        const QImage opened = step("network-softkeys");
+        QVERIFY(!opened.isNull());
+        QVERIFY(selected(opened, firstGroup) > 200);
+        QCOMPARE(selected(opened, otherGroups), 0);
+        QVERIFY(!keyShown(opened, modeKey) && keyShown(opened, deleteKey));
+
+        // Each key of the address changes the address field and nothing else.
+        const QStringList typing = {"network-softkeys", "ip-1", "ip-19", "ip-192", "ip-192-1", "ip-192-16",
+                                    "ip-192-168", "ip-192-168-1", "ip-next-group", "ip-192-168-1-2",
+                                    "ip-192-168-1-20", "ip-done"};
+        for (int i = 1; i < typing.size(); ++i) {
+            const QRect changed = diffBox(step(typing.at(i - 1)), step(typing.at(i)));
+            QVERIFY2(!changed.isEmpty() && ipField.contains(changed), qPrintable(typing.at(i)));
+        }
+        // Down after the last group wraps round to the first, selected again.
+        QVERIFY(selected(step("ip-done"), firstGroup) > 200);
+
+        // The name field: the identifier appears and the bar offers the mode key,
+        // but no delete key while the field is empty.
+        const QImage name = step("name-focus");
+        QVERIFY(diffBox(step("ip-done"), name).intersects(modeId));
+        QVERIFY(keyShown(name, modeKey) && !keyShown(name, deleteKey));
+        QCOMPARE(selected(name, firstGroup), 0);
+        const QRect typed = diffBox(name, step("name-D"));
+        QVERIFY(typed.intersects(nameField) && typed.intersects(deleteKey) && !typed.intersects(ipField));
+        QVERIFY(keyShown(step("name-D"), deleteKey));
+        // The mode key changes the identifier ("Abc" to "abc"); in the field only
+        // the blinking cursor may differ.
+        const QRect mode = diffBox(step("name-Desk"), step("name-mode-abc"), QRect(0, 416, 800, 64));
+        QVERIFY(mode.intersects(modeId) && nameField.united(modeId).contains(mode));
+        // Back on the home screen.
+        QVERIFY(diffBox(shot("12-directory-offline"), step("network-back"), QRect(0, 0, 800, 40)).isEmpty());
     }
 };
 
