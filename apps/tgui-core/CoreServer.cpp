@@ -6,6 +6,8 @@
 #include <QSslConfiguration>
 #include <QSslSocket>
 #include <QTextStream>
+#include <csignal>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 
@@ -310,6 +312,23 @@ void CoreServer::step()
             const GuiAppsMsgTypeT type = verb == QLatin1String("senddb") ? GuiAppsMsgDb : GuiAppsMsgTxml;
             const int sent = sendToMask(maskOf(arg1), payload, type);
             out(QStringLiteral("SENT %1 bytes to %2 peers=%3").arg(payload.size()).arg(arg1).arg(sent));
+            continue;
+        }
+        if (verb == QLatin1String("stop")) {
+            // Ends a process of the scenario's world (a proxy, say) with SIGTERM:
+            // its pid, or $NAME for the pid held in that environment variable.
+            const QString pidText = arg1.startsWith(QLatin1Char('$')) ? qEnvironmentVariable(arg1.mid(1).toUtf8().constData())
+                                                                     : arg1;
+            bool ok = false;
+            const qint64 pid = pidText.toLongLong(&ok);
+            if (!ok || pid <= 1) {
+                out(QStringLiteral("SCENARIO line %1: no process to stop in '%2'").arg(m_line).arg(arg1));
+                continue;
+            }
+            if (::kill(pid_t(pid), SIGTERM) == 0)
+                out(QStringLiteral("SCENARIO stopped %1").arg(pid));
+            else
+                out(QStringLiteral("SCENARIO line %1: cannot stop %2: %3").arg(m_line).arg(pid).arg(QString::fromLocal8Bit(std::strerror(errno))));
             continue;
         }
         if (verb == QLatin1String("quit")) {

@@ -9,6 +9,7 @@
 #include <iterator>
 
 #include "CTXMLEvent.h"
+#include "CZedaDirectoryScreen.h"
 #include "CZedaHomeScreen.h"
 #include "CZedaMenuFlyout.h"
 #include "CZedaNetworkScreen.h"
@@ -80,6 +81,12 @@ void CZedaGui::initWidgets()
     m_softkeys = new CZedaSoftkeyBar(this);
     m_childWidgets.insert(HomeScreen, m_home);
     m_childWidgets.insert(SoftkeyBar, m_softkeys);
+    m_directory = new CZedaDirectoryScreen(this);
+    m_childWidgets.insert(DirectoryScreen, m_directory);
+    connect(m_directory, &CZedaDirectoryScreen::finished, this, [this](const QString& step, const QString& summary) {
+        onWidgetEvent(QStringLiteral("Directory:Result"), summary, 0);
+        emit documentHandled(step);
+    });
 
     QString attributes;
     QString style = itemStyle(skin, "home", &attributes);
@@ -89,6 +96,10 @@ void CZedaGui::initWidgets()
     style = itemStyle(skin, "softkeys", &attributes);
     if (!style.isEmpty())
         m_softkeys->applySkin(style, attributes);
+    attributes.clear();
+    style = itemStyle(skin, "directory", &attributes);
+    if (!style.isEmpty())
+        m_directory->applySkin(style, attributes);
     m_menu = new CZedaMenuFlyout(this);
     m_childWidgets.insert(MenuFlyout, m_menu);
     attributes.clear();
@@ -171,6 +182,8 @@ void CZedaGui::switchTo(CTavoLayoutWidget* screen)
         m_current->Hide(false);
     m_current = screen;
     screen->Show(false);
+    // The directory line belongs to the home screen.
+    m_directory->followScreen(screen == m_home);
     guiLog(2, "zedagui: screen %s", qPrintable(screen->objectName()));
 }
 
@@ -307,6 +320,9 @@ bool CZedaGui::handleDemoDocument(const CTXMLRoot& root)
         emit documentHandled(step);
     } else if (std::strcmp(uri, "Demo:End") == 0) {
         emit scenarioEnded();
+    } else if (std::strcmp(uri, "Demo:Directory") == 0) {
+        // The step is shot when the call has ended.
+        m_directory->request(QString::fromUtf8(root.value("user")), QString::fromUtf8(root.value("password")), step);
     } else {
         // "Demo:Step" and the like only name what the rest of the document shows.
         return false;

@@ -12,6 +12,9 @@
 //   <Event uri="Demo:Wait">ms=N</Event>        a screenshot N ms later
 //   <Event uri="Demo:Show">screen=NAME</Event> show the screen NAME ("home" ...)
 //   <Event uri="Demo:End"/>                     the scenario is over
+//   <Event uri="Demo:Directory">[user=U;password=P]</Event>  ask the directory
+//       over SOAP; the step's screenshot waits for the answer, and the core
+//       gets an event "Directory:Result" with the outcome as its data
 // and a pair "step=NAME" in any document's event names what it shows.
 //
 // Screens: the home screen and the softkey bar are always there; every other
@@ -27,6 +30,7 @@
 
 #include "layout/CTavoLayoutMgr.h"
 
+class CZedaDirectoryScreen;
 class CZedaHomeScreen;
 class CZedaMenuFlyout;
 class CZedaNetworkScreen;
@@ -37,7 +41,7 @@ class CZedaGui : public CTavoLayoutMgr
     Q_OBJECT
 public:
     // Keys of the manager's registry of surfaces.
-    enum { HomeScreen = 1, SoftkeyBar = 2, MenuFlyout = 100 };
+    enum { HomeScreen = 1, SoftkeyBar = 2, DirectoryScreen = 3, MenuFlyout = 100 };
 
     CZedaGui();
     ~CZedaGui() override;
@@ -45,6 +49,7 @@ public:
     bool isBooted() const { return m_booted; }
     CZedaHomeScreen* homeScreen() const { return m_home; }
     CZedaSoftkeyBar* softkeyBar() const { return m_softkeys; }
+    CZedaDirectoryScreen* directoryScreen() const { return m_directory; }
     CZedaMenuFlyout* menuFlyout() const { return m_menu; }
     CZedaNetworkScreen* networkScreen() const { return m_network; }
     // A screen shown when a button sends openUrl; the manager owns it.
@@ -96,6 +101,7 @@ private:
 
     CZedaHomeScreen* m_home = nullptr;
     CZedaSoftkeyBar* m_softkeys = nullptr;
+    CZedaDirectoryScreen* m_directory = nullptr;
     CZedaMenuFlyout* m_menu = nullptr;
     QString m_menuOwnerUrl;  // the URL of the key the flyout came for
     QString m_systemName;

@@ -6,6 +6,7 @@
 #include <QCommandLineParser>
 
 #include "CZedaDemoDriver.h"
+#include "CZedaDirectoryScreen.h"
 #include "CZedaGui.h"
 #include "core/TavoGlobals.h"
 #include "log/GuiLog.h"
@@ -22,10 +23,16 @@ int main(int argc, char** argv)
     QCommandLineOption exitAfter("exit-after", "Take a last screenshot and quit after <ms> milliseconds.", "ms");
     QCommandLineOption quitOnEnd("quit-on-end", "Quit with exit code 0 when the scenario ends.");
     QCommandLineOption deadline("deadline", "Quit with exit code 4 if the scenario has not ended after <ms>.", "ms");
-    cli.addOptions({shots, exitAfter, quitOnEnd, deadline});
+    QCommandLineOption directoryUrl("directory-url", "The directory's SOAP service at <url>.", "url");
+    QCommandLineOption directoryPac("directory-pac", "Choose the directory's proxies with the proxy script <file>.", "file");
+    QCommandLineOption directoryUser("directory-user", "Sign in to the directory as <name>.", "name");
+    QCommandLineOption directoryPassword("directory-password", "The directory's password.", "text");
+    cli.addOptions({shots, exitAfter, quitOnEnd, deadline, directoryUrl, directoryPac, directoryUser, directoryPassword});
     cli.process(app);
 
     auto* gui = new CZedaGui;
+    gui->directoryScreen()->configure(cli.value(directoryUrl), cli.value(directoryPac), cli.value(directoryUser),
+                                      cli.value(directoryPassword));
     auto* driver = new CZedaDemoDriver(gui, cli.value(shots), cli.isSet(quitOnEnd));
     if (cli.isSet(exitAfter))
         driver->setExitAfter(cli.value(exitAfter).toInt());

@@ -11,6 +11,8 @@
 #include <QTemporaryDir>
 #include <climits>
 
+#include "WebPeers.h"
+
 namespace {
 const QString kRunDir = qEnvironmentVariable("TGUI_RUN_DIR", TGUI_SOURCE_DIR "/run");
 const QString kBinDir = qEnvironmentVariable("TGUI_BIN_DIR", TGUI_BIN_DIR);
@@ -84,6 +86,10 @@ class TestDemo : public QObject
 {
     Q_OBJECT
     QTemporaryDir m_dir;
+    // The directory's world: the SOAP endpoint and two proxies in front of it.
+    SoapPeer m_endpoint;
+    TinyProxy m_proxy1;
+    TinyProxy m_proxy2;
     QString m_coreOut;
     QString m_guiOut;
     int m_guiExit = -1;
@@ -111,8 +117,25 @@ private slots:
         QVERIFY(QFile::link(kRunDir + "/Skins/common", m_dir.filePath("Skins/common")));
         QVERIFY(QFile::copy(kRunDir + "/qt.conf", m_dir.filePath("qt.conf")));
 
+        QVERIFY(m_endpoint.start({"--tls"}));
+        QVERIFY(m_proxy1.start(m_endpoint.port()));
+        QVERIFY(m_proxy2.start(m_endpoint.port()));
+        QFile pac(m_dir.filePath("directory.pac"));
+        QVERIFY(pac.open(QIODevice::WriteOnly));
+        pac.write(QStringLiteral("function FindProxyForURL(url, host) {\n"
+                                 "  if (dnsDomainIs(host, 'directory.test'))\n"
+                                 "    return 'PROXY 127.0.0.1:%1; PROXY localhost:%2';\n"
+                                 "  return 'DIRECT';\n}\n")
+                      .arg(m_proxy1.port())
+                      .arg(m_proxy2.port())
+                      .toUtf8());
+        pac.close();
+
         QProcess core;
         core.setProcessChannelMode(QProcess::MergedChannels);
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("TGUI_DEMO_PROXY_PID", QString::number(m_proxy1.pid()));
+        core.setProcessEnvironment(env);
         core.start(kBinDir + "/tgui-core", {"--port", "0", "--listen", "127.0.0.1", "--scenario",
                                             kRunDir + "/scenarios/demo.txt"});
         QVERIFY(core.waitForStarted());
@@ -129,7 +152,9 @@ private slots:
         QProcess gui;
         gui.setWorkingDirectory(m_dir.path());
         gui.start(kBinDir + "/zedagui",
-                  {"--screenshots", m_dir.filePath("shots"), "--quit-on-end", "--deadline", "100000"});
+                  {"--screenshots", m_dir.filePath("shots"), "--quit-on-end", "--deadline", "100000",
+                   "--directory-url", "https://directory.test/auth/soap", "--directory-pac", pac.fileName(),
+                   "--directory-user", "alice", "--directory-password", "secret"});
         QVERIFY(gui.waitForStarted());
         QVERIFY(gui.waitForFinished(120000));
         m_guiExit = gui.exitCode();
@@ -148,7 +173,7 @@ private slots:
         const QRegularExpressionMatch m = frame.match(m_guiOut);
         QVERIFY2(m.hasMatch(), qPrintable(m_guiOut));
         QVERIFY(m.captured(1).toInt() > 0);
-        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 44 screenshots"));
+        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 47 screenshots"));
         QVERIFY(m_coreOut.contains("SCENARIO done"));
         QVERIFY(!m_coreOut.contains("SCENARIO timeout"));
     }
@@ -174,14 +199,15 @@ private slots:
         }
         // Sliding off or pressing without a press URL sends nothing else; the
         // flyout adds its report, two Menu presses, a choice and two closings,
-        // the Network screen its tile, the mode key and Back.
-        QCOMPARE(m_coreOut.count("EVENT zedagui"), 14);
+        // the Network screen its tile, the mode key and Back,
+        // the directory its three results.
+        QCOMPARE(m_coreOut.count("EVENT zedagui"), 17);
     }
 
     void everyScreenshotIsARealScreen()
     {
         const QStringList names = QDir(m_dir.filePath("shots")).entryList({"*.png"}, QDir::Files, QDir::Name);
-        QCOMPARE(names.size(), 44);
+        QCOMPARE(names.size(), 47);
         for (const QString& file : names) {
             const QImage image = shot(file.chopped(4));
             QCOMPARE(image.size(), QSize(800, 480));
