@@ -10,11 +10,13 @@ bash "$root/scripts/setup.sh"
 
 build="${TGUI_DEMO_BUILD:-$root/build/release}"
 cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_TESTING=OFF >/dev/null
-cmake --build "$build" --target zedagui tgui-core tgui-soapd
+cmake --build "$build" --target zedagui tgui-core tgui-soapd tgui-child
 
 out="${TGUI_DEMO_OUT:-$root/out/screens}"
 scenario="${TGUI_DEMO_SCENARIO:-scenarios/demo.txt}"
 cd "$root/run"
+# zedagui supervises this child (AutoStart in Skins/default.conf) as "./tgui-child".
+ln -sfn "$build/bin/tgui-child" tgui-child
 mkdir -p "$out"
 rm -f "$out"/*.png "$out"/core.log "$out"/zedagui.log "$out"/soapd.log
 
@@ -93,7 +95,7 @@ directory=(--directory-url https://directory.test/auth/soap --directory-pac "$ne
 status=0
 if [ -z "${DISPLAY:-}" ]; then
   QT_QPA_PLATFORM=offscreen "$build/bin/zedagui" --screenshots "$out" --quit-on-end \
-      --deadline 40000 "${directory[@]}" 2>"$out/zedagui.log" || status=$?
+      --deadline 48000 "${directory[@]}" 2>"$out/zedagui.log" || status=$?
   wait "$core" || true
   wait "$reader" || true
   echo "screenshots in $out:"

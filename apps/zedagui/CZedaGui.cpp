@@ -11,9 +11,11 @@
 #include "CTXMLEvent.h"
 #include "CZedaDirectoryScreen.h"
 #include "CZedaHomeScreen.h"
+#include "CZedaMeetingScreen.h"
 #include "CZedaMenuFlyout.h"
 #include "CZedaNetworkScreen.h"
 #include "CZedaSoftkeyBar.h"
+#include "CZedaSupervisor.h"
 #include "layout/CTXMLDataConverter.h"
 #include "layout/CTavoEvent.h"
 #include "widgets/CTavoButton.h"
@@ -67,7 +69,12 @@ CZedaGui::CZedaGui()
     initWidgets();
 }
 
-CZedaGui::~CZedaGui() = default;
+CZedaGui::~CZedaGui()
+{
+    // The children go first, while their reports can still reach this object.
+    delete m_supervisor;
+    m_supervisor = nullptr;
+}
 
 QString CZedaGui::clockText(const QTime& time, bool hours24)
 {
@@ -119,12 +126,40 @@ void CZedaGui::initWidgets()
     connect(this, &CTavoLayoutMgr::contextSensitiveSk, m_softkeys, &CZedaSoftkeyBar::onCtxSensitiveSkReq);
     connect(m_softkeys, &CTavoLayoutWidget::layoutWidgetSignal, m_network, &CZedaNetworkScreen::onSoftkey);
 
+    initSupervision(skin);
+
     refreshClock();
     refreshPhoneState();
     m_clockTimer.start();
     // The phone boots until the core has told it its configuration.
     setBootingText(tr("Starting", "Starting"));
     setUseBootingBackground(true);
+}
+
+void CZedaGui::initSupervision(CTavoStyleSheetFile* skin)
+{
+    auto* meeting = new CZedaMeetingScreen(this);
+    QString attributes;
+    const QString style = itemStyle(skin, "meeting", &attributes);
+    if (!style.isEmpty())
+        meeting->applySkin(style, attributes);
+    addScreen(QStringLiteral("Home:Meeting"), meeting);
+
+    // The children of the "AutoStart" list start with the GUI. While the
+    // meeting details show, the core hears of every change of their state.
+    m_supervisor = new CZedaSupervisor(this, configFile());
+    meeting->setSupervisor(m_supervisor);
+    connect(m_supervisor, &CZedaSupervisor::childStateChanged, meeting,
+            [meeting](const QString& name, const QString& state, int run, const QString&) {
+                if (!meeting->isVisible())
+                    return;
+                const CTavoEvent event(CTavoEvent::NoEvent, QStringLiteral("Demo:Child"),
+                                       QStringLiteral("name=%1;state=%2;run=%3").arg(name, state).arg(run));
+                tavoToolSendAppMsg(event.serialize().toUtf8().constData(), GuiAppsTavoapp, GuiAppsMsgTxml, false);
+            });
+    // Once the boot screen is up: starting a child blocks until it runs.
+    connect(this, &CZedaGui::firstFramePainted, m_supervisor, [this] { m_supervisor->onStartRequested(true); },
+            Qt::QueuedConnection);
 }
 
 void CZedaGui::leaveBootScreen()
@@ -323,6 +358,8 @@ bool CZedaGui::handleDemoDocument(const CTXMLRoot& root)
     } else if (std::strcmp(uri, "Demo:Directory") == 0) {
         // The step is shot when the call has ended.
         m_directory->request(QString::fromUtf8(root.value("user")), QString::fromUtf8(root.value("password")), step);
+    } else if (std::strcmp(uri, "Demo:Kill") == 0) {
+        m_supervisor->kill(QString::fromUtf8(root.value("app")));
     } else {
         // "Demo:Step" and the like only name what the rest of the document shows.
         return false;

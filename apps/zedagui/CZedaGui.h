@@ -15,7 +15,11 @@
 //   <Event uri="Demo:Directory">[user=U;password=P]</Event>  ask the directory
 //       over SOAP; the step's screenshot waits for the answer, and the core
 //       gets an event "Directory:Result" with the outcome as its data
-// and a pair "step=NAME" in any document's event names what it shows.
+//   <Event uri="Demo:Kill">app=NAME</Event>    kill the supervised child NAME
+// and a pair "step=NAME" in any document's event names what it shows. While
+// the meeting details (screen "meeting") show, each change of a supervised
+// child's state goes to the core as
+// <Event uri="Demo:Child">name=NAME;state=running|stopped|failed;run=N</Event>.
 //
 // Screens: the home screen and the softkey bar are always there; every other
 // screen registers with addScreen() under the URL of the button that opens it
@@ -30,11 +34,13 @@
 
 #include "layout/CTavoLayoutMgr.h"
 
+class CTavoStyleSheetFile;
 class CZedaDirectoryScreen;
 class CZedaHomeScreen;
 class CZedaMenuFlyout;
 class CZedaNetworkScreen;
 class CZedaSoftkeyBar;
+class CZedaSupervisor;
 
 class CZedaGui : public CTavoLayoutMgr
 {
@@ -49,6 +55,7 @@ public:
     bool isBooted() const { return m_booted; }
     CZedaHomeScreen* homeScreen() const { return m_home; }
     CZedaSoftkeyBar* softkeyBar() const { return m_softkeys; }
+    CZedaSupervisor* supervisor() const { return m_supervisor; }
     CZedaDirectoryScreen* directoryScreen() const { return m_directory; }
     CZedaMenuFlyout* menuFlyout() const { return m_menu; }
     CZedaNetworkScreen* networkScreen() const { return m_network; }
@@ -94,6 +101,7 @@ private:
     void leaveBootScreen();
     void refreshClock();
     void refreshPhoneState();
+    void initSupervision(CTavoStyleSheetFile* skin);
     void switchTo(CTavoLayoutWidget* screen);
     bool handleDemoDocument(const CTXMLRoot& root);
     // The name of a document for its screenshot: its "step" pair, else what it held.
@@ -101,6 +109,7 @@ private:
 
     CZedaHomeScreen* m_home = nullptr;
     CZedaSoftkeyBar* m_softkeys = nullptr;
+    CZedaSupervisor* m_supervisor = nullptr;
     CZedaDirectoryScreen* m_directory = nullptr;
     CZedaMenuFlyout* m_menu = nullptr;
     QString m_menuOwnerUrl;  // the URL of the key the flyout came for

@@ -116,6 +116,8 @@ private slots:
         QVERIFY(QFile::link(kRunDir + "/Skins/default", m_dir.filePath("Skins/default")));
         QVERIFY(QFile::link(kRunDir + "/Skins/common", m_dir.filePath("Skins/common")));
         QVERIFY(QFile::copy(kRunDir + "/qt.conf", m_dir.filePath("qt.conf")));
+        // The child that zedagui supervises.
+        QVERIFY(QFile::link(kBinDir + "/tgui-child", m_dir.filePath("tgui-child")));
 
         QVERIFY(m_endpoint.start({"--tls"}));
         QVERIFY(m_proxy1.start(m_endpoint.port()));
@@ -146,7 +148,8 @@ private slots:
 
         QFile conf(m_dir.filePath("Skins/default.conf"));
         QVERIFY(conf.open(QIODevice::WriteOnly));
-        conf.write("[zedagui]\nSkinFile=Skins/default/default.xml\nComServerIP=127.0.0.1\nComServerPort=" + port + "\n");
+        conf.write("[zedagui]\nSkinFile=Skins/default/default.xml\nComServerIP=127.0.0.1\nComServerPort=" + port
+                   + "\nAutoStart=tgui-child\nAlwaysRestart=true\n[tgui-child]\nAutoStartParameters=--sleep -1\n");
         conf.close();
 
         QProcess gui;
@@ -173,7 +176,7 @@ private slots:
         const QRegularExpressionMatch m = frame.match(m_guiOut);
         QVERIFY2(m.hasMatch(), qPrintable(m_guiOut));
         QVERIFY(m.captured(1).toInt() > 0);
-        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 47 screenshots"));
+        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 50 screenshots"));
         QVERIFY(m_coreOut.contains("SCENARIO done"));
         QVERIFY(!m_coreOut.contains("SCENARIO timeout"));
     }
@@ -197,17 +200,26 @@ private slots:
             QVERIFY2(at >= from, qPrintable(line + "\n---\n" + m_coreOut));
             from = at + 1;
         }
+        // The supervised child, killed by the scenario, stopped and then ran again.
+        for (const QString& line : {QString("EVENT zedagui type=0 <TXML><Event uri=\"Demo:Child\" type=\"1000\" flags=\"1\">"
+                                            "name=tgui-child;state=stopped;run=1<"),
+                                    QString("EVENT zedagui type=0 <TXML><Event uri=\"Demo:Child\" type=\"1000\" flags=\"1\">"
+                                            "name=tgui-child;state=running;run=2<")}) {
+            const int at = m_coreOut.indexOf(line, from);
+            QVERIFY2(at >= from, qPrintable(line + "\n---\n" + m_coreOut));
+            from = at + 1;
+        }
         // Sliding off or pressing without a press URL sends nothing else; the
         // flyout adds its report, two Menu presses, a choice and two closings,
-        // the Network screen its tile, the mode key and Back,
-        // the directory its three results.
-        QCOMPARE(m_coreOut.count("EVENT zedagui"), 17);
+        // the Network screen its tile, the mode key and Back, the directory its
+        // three results, the supervised child its two changes of state.
+        QCOMPARE(m_coreOut.count("EVENT zedagui"), 19);
     }
 
     void everyScreenshotIsARealScreen()
     {
         const QStringList names = QDir(m_dir.filePath("shots")).entryList({"*.png"}, QDir::Files, QDir::Name);
-        QCOMPARE(names.size(), 47);
+        QCOMPARE(names.size(), 50);
         for (const QString& file : names) {
             const QImage image = shot(file.chopped(4));
             QCOMPARE(image.size(), QSize(800, 480));
@@ -257,6 +269,40 @@ private slots:
             QVERIFY2(qAbs(lightCentre(home, icon) - centre) <= 2.0, qPrintable(QString::number(left)));
             QVERIFY2(qAbs(lightCentre(home, label) - centre) <= 3.0, qPrintable(QString::number(left)));
         }
+    }
+
+    void meetingLinksAreHighlightedAndTheChildRestarts()
+    {
+        const QImage meeting = step("meeting");
+        const QImage stopped = step("child-stopped");
+        const QImage restarted = step("child-restarted");
+        for (const QImage& image : {meeting, stopped, restarted})
+            QVERIFY(!image.isNull());
+        // Each kind of link shows in its colour in the details (web, e-mail,
+        // phone, SIP, pass code), and the normalised list repeats them.
+        const QRect details(20, 56, 760, 196);
+        const QRect list(20, 262, 760, 80);
+        for (const QRgb colour : {qRgb(0x4d, 0xa3, 0xff), qRgb(0x5e, 0xd6, 0x7a), qRgb(0xff, 0xa5, 0x3a),
+                                  qRgb(0xc5, 0x8c, 0xff), qRgb(0xff, 0xe1, 0x4d)}) {
+            for (const QRect& area : {details, list}) {
+                int near = 0;
+                for (int y = area.top(); y <= area.bottom(); ++y) {
+                    for (int x = area.left(); x <= area.right(); ++x) {
+                        const QRgb p = meeting.pixel(x, y);
+                        near += qAbs(qRed(p) - qRed(colour)) + qAbs(qGreen(p) - qGreen(colour)) + qAbs(qBlue(p) - qBlue(colour)) < 40;
+                    }
+                }
+                QVERIFY2(near > 20, qPrintable(QString("colour %1 in %2,%3").arg(colour, 0, 16).arg(area.x()).arg(area.y())));
+            }
+        }
+        // The child's line alone changes: stopped, then running again.
+        const QRect child(20, 356, 760, 44);
+        const QRect statusStrip(0, 0, 800, 40);
+        const QRect toStopped = diffBox(meeting, stopped, statusStrip);
+        QVERIFY(!toStopped.isEmpty() && child.contains(toStopped));
+        const QRect toRunning = diffBox(stopped, restarted, statusStrip);
+        QVERIFY(!toRunning.isEmpty() && child.contains(toRunning));
+        QVERIFY(!diffBox(meeting, restarted, statusStrip).isEmpty());
     }
 
     void aReplacedSoftkeyDoesNotKeepThePressOfTheOldOne()
