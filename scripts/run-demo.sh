@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The main job: the sample phone GUI zedagui against the simulated core, which
-# plays run/scenarios/demo.txt. Without DISPLAY it runs headless on Qt's offscreen
+# plays run/scenarios/demo.txt, and the database peer tgui-dbs on a directory
+# made afresh by run/db/demo.sql. Without DISPLAY it runs headless on Qt's offscreen
 # platform, writes a screenshot after each scenario step into out/screens/,
 # prints each event the core receives and ends by itself; with a DISPLAY it
 # opens the window and runs until it is closed.
@@ -10,7 +11,7 @@ bash "$root/scripts/setup.sh"
 
 build="${TGUI_DEMO_BUILD:-$root/build/release}"
 cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_TESTING=OFF >/dev/null
-cmake --build "$build" --target zedagui tgui-core tgui-soapd tgui-child
+cmake --build "$build" --target zedagui tgui-core tgui-soapd tgui-child tgui-dbs
 
 out="${TGUI_DEMO_OUT:-$root/out/screens}"
 scenario="${TGUI_DEMO_SCENARIO:-scenarios/demo.txt}"
@@ -18,7 +19,7 @@ cd "$root/run"
 # zedagui supervises this child (AutoStart in Skins/default.conf) as "./tgui-child".
 ln -sfn "$build/bin/tgui-child" tgui-child
 mkdir -p "$out"
-rm -f "$out"/*.png "$out"/core.log "$out"/zedagui.log "$out"/soapd.log
+rm -f "$out"/*.png "$out"/core.log "$out"/zedagui.log "$out"/soapd.log "$out"/dbs.log "$out"/demo.db
 
 # The directory's world for the SOAP steps: tgui-soapd (TLS) and two tinyproxy
 # processes in front of it, on free ports of 127.0.0.1, and the proxy script
@@ -80,7 +81,8 @@ core=$!
     esac
   done <"$core_fifo" ) &
 reader=$!
-trap 'kill "$core" 2>/dev/null || true; rm -f "$core_fifo"; stop_net' EXIT
+dbs=""
+trap 'kill "$core" $dbs 2>/dev/null || true; rm -f "$core_fifo"; stop_net' EXIT
 
 # The core is up once its first line is written.
 for _ in $(seq 50); do [ -s "$out/core.log" ] && break; sleep 0.1; done
@@ -90,12 +92,22 @@ if ! grep -q '^LISTENING' "$out/core.log" 2>/dev/null; then
   exit 1
 fi
 
+# The database peer registers before zedagui, which then finds "dbs" up.
+"$build/bin/tgui-dbs" --port 10010 --init "$root/run/db/demo.sql" "$out/demo.db" 2>"$out/dbs.log" &
+dbs=$!
+for _ in $(seq 100); do grep -q '^REGISTER dbs' "$out/core.log" && break; sleep 0.1; done
+if ! grep -q '^REGISTER dbs' "$out/core.log"; then
+  echo "tgui-dbs did not register with the core:" >&2
+  cat "$out/dbs.log" >&2 || true
+  exit 1
+fi
+
 directory=(--directory-url https://directory.test/auth/soap --directory-pac "$net/directory.pac"
            --directory-user alice --directory-password secret)
 status=0
 if [ -z "${DISPLAY:-}" ]; then
   QT_QPA_PLATFORM=offscreen "$build/bin/zedagui" --screenshots "$out" --quit-on-end \
-      --deadline 48000 "${directory[@]}" 2>"$out/zedagui.log" || status=$?
+      --deadline 90000 "${directory[@]}" 2>"$out/zedagui.log" || status=$?
   wait "$core" || true
   wait "$reader" || true
   echo "screenshots in $out:"
@@ -104,4 +116,5 @@ if [ -z "${DISPLAY:-}" ]; then
 else
   "$build/bin/zedagui" --screenshots "$out" "${directory[@]}" 2>"$out/zedagui.log" || status=$?
 fi
+kill -TERM "$dbs" 2>/dev/null && wait "$dbs" || true
 exit "$status"

@@ -12,6 +12,8 @@ PACKAGES=(
   libexpat1-dev duktape-dev libsqlite3-dev libssl-dev openssl ca-certificates
   # run time: fonts of the sample skin, D-Bus for the QCop replacement
   fonts-droid-fallback fonts-dejavu-core fonts-open-sans dbus
+  # tests: another process writing to the database peer's file
+  sqlite3
   # the HTTP proxy of the web services' tests and demo (the program, no service)
   tinyproxy-bin
 )

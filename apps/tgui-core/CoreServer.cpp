@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QHostAddress>
+#include <QProcess>
 #include <QSslConfiguration>
 #include <QSslSocket>
 #include <QTextStream>
@@ -51,6 +52,13 @@ CoreServer::CoreServer(QObject* parent) : QTcpServer(parent)
 
 CoreServer::~CoreServer()
 {
+    for (QProcess* child : qAsConst(m_children)) {
+        child->terminate();
+        if (!child->waitForFinished(3000))
+            child->kill();
+        child->waitForFinished(1000);
+    }
+    qDeleteAll(m_children);
     qDeleteAll(m_peers);
 }
 
@@ -90,6 +98,8 @@ void CoreServer::incomingConnection(qintptr descriptor)
             return;
         }
     }
+    // Frames are routed one by one as they come: none may wait for an acknowledgement.
+    socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     auto* peer = new Peer;
     peer->socket = socket;
     m_peers.append(peer);
@@ -256,6 +266,26 @@ int CoreServer::maskOf(const QString& word) const
     return mask;
 }
 
+void CoreServer::startPeer(const QString& peer, const QString& arguments)
+{
+    auto* child = new QProcess(this);
+    child->setProgram(QCoreApplication::applicationDirPath() + QStringLiteral("/tgui-") + peer);
+    child->setArguments(QProcess::splitCommand(arguments)
+                        + QStringList{QStringLiteral("--server"), QStringLiteral("127.0.0.1"), QStringLiteral("--port"),
+                                      QString::number(serverPort()), QStringLiteral("--exit-with-parent")});
+    // Its log goes to our standard error; our standard output stays one fact per line.
+    child->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    child->setStandardOutputFile(QProcess::nullDevice());
+    child->start();
+    if (!child->waitForStarted(5000)) {
+        out(QStringLiteral("SCENARIO cannot start %1: %2").arg(child->program(), child->errorString()));
+        delete child;
+        return;
+    }
+    m_children.append(child);
+    out(QStringLiteral("SCENARIO started tgui-%1 pid=%2").arg(peer).arg(child->processId()));
+}
+
 void CoreServer::onEventSeen(const QString& line)
 {
     if (!m_expecting.isEmpty() && line.contains(m_expecting)) {
@@ -312,6 +342,10 @@ void CoreServer::step()
             const GuiAppsMsgTypeT type = verb == QLatin1String("senddb") ? GuiAppsMsgDb : GuiAppsMsgTxml;
             const int sent = sendToMask(maskOf(arg1), payload, type);
             out(QStringLiteral("SENT %1 bytes to %2 peers=%3").arg(payload.size()).arg(arg1).arg(sent));
+            continue;
+        }
+        if (verb == QLatin1String("start")) {
+            startPeer(arg1, tail);
             continue;
         }
         if (verb == QLatin1String("stop")) {

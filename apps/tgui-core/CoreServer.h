@@ -13,6 +13,7 @@
 
 #include "core/AppDefs.h"
 
+class QProcess;
 class QTcpSocket;
 
 class CoreServer : public QTcpServer
@@ -49,6 +50,8 @@ private:
     void onEventSeen(const QString& line);
     void step();
     int maskOf(const QString& word) const;
+    // "start <peer> [arguments]": runs tgui-<peer> beside this program, linked to this core.
+    void startPeer(const QString& peer, const QString& arguments);
 
     QList<Peer*> m_peers;
     bool m_tls = false;
@@ -61,4 +64,5 @@ private:
     QString m_waitingFor;      // peer name for "wait"
     QString m_expecting;       // substring for "expect"
     QTimer m_waitTimeout;
+    QList<QProcess*> m_children;  // peers started by the scenario, stopped with the core
 };

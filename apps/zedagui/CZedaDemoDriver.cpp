@@ -115,6 +115,12 @@ QString CZedaDemoDriver::shoot(const QString& file)
     }
     ++m_shots;
     say(QStringLiteral("screenshot %1").arg(path));
+    // A screen that can tell what it shows (a list's offset, focus, bar) says so.
+    if (CTavoLayoutWidget* screen = m_gui->currentScreen()) {
+        const QString facts = screen->getContextSensitiveInformation();
+        if (!facts.isEmpty())
+            say(QStringLiteral("screen %1: %2").arg(screen->objectName(), facts));
+    }
     return path;
 }
 
@@ -222,7 +228,7 @@ void CZedaDemoDriver::sendMouse(QEvent::Type type, const QPoint& windowPoint, Qt
     QApplication::sendEvent(target, &event);
 }
 
-void CZedaDemoDriver::drag(const QPoint& from, const QPoint& to, int ms, const QString& step)
+void CZedaDemoDriver::drag(const QPoint& from, const QPoint& to, int ms, const QString& step, int holdMs)
 {
     takeBootShot();
     QPoint local;
@@ -241,12 +247,18 @@ void CZedaDemoDriver::drag(const QPoint& from, const QPoint& to, int ms, const Q
         });
     }
     const QString shot = nextName(step);
-    QTimer::singleShot(moves * frameMs + 1, this, [this, to, shot] {
+    if (holdMs > 0) {
+        QTimer::singleShot(moves * frameMs + holdMs, this, [this, shot] {
+            if (m_dragSurface && !m_ended)
+                shoot(shot);
+        });
+    }
+    QTimer::singleShot(moves * frameMs + 1 + holdMs, this, [this, to, shot, holdMs] {
         if (!m_dragSurface)
             return;
         sendMouse(QEvent::MouseButtonRelease, to, Qt::NoButton);
         m_dragSurface.clear();
-        if (!m_ended)
+        if (!m_ended && holdMs == 0)
             shoot(shot);
     });
 }

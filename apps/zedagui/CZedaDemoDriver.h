@@ -39,8 +39,9 @@ public slots:
     // Synthetic press and release at the centre of the visible button named name.
     void press(const QString& name);
     // A finger from one window point to another over ms, as events every 16 ms;
-    // the screenshot is taken at the release.
-    void drag(const QPoint& from, const QPoint& to, int ms, const QString& step);
+    // the screenshot is taken at the release, or, with holdMs, while the finger
+    // rests on the target holdMs before the release.
+    void drag(const QPoint& from, const QPoint& to, int ms, const QString& step, int holdMs = 0);
     // Press and release of a key (a Qt key name such as "Up", "2", "#", "Backspace")
     // on the focused widget; keypad adds Qt::KeypadModifier as a dial pad does.
     void key(const QString& name, bool keypad, int holdMs, const QString& step);

@@ -9,13 +9,16 @@
 #include <iterator>
 
 #include "CTXMLEvent.h"
+#include "CZedaCallHistoryScreen.h"
 #include "CZedaDirectoryScreen.h"
 #include "CZedaHomeScreen.h"
 #include "CZedaMeetingScreen.h"
 #include "CZedaMenuFlyout.h"
+#include "CZedaAccountScreen.h"
 #include "CZedaNetworkScreen.h"
 #include "CZedaSoftkeyBar.h"
 #include "CZedaSupervisor.h"
+#include "data/CTavoDbTable.h"
 #include "layout/CTXMLDataConverter.h"
 #include "layout/CTavoEvent.h"
 #include "widgets/CTavoButton.h"
@@ -48,15 +51,20 @@ CZedaGui::CZedaGui()
         if (!code.isEmpty())
             guiLog(2, "zedagui: language %s", qPrintable(code));
     });
-    connect(this, &CTavoLayoutMgr::appConnectionStatusChanged, this, [](GuiAppsT app, bool up) {
+    connect(this, &CTavoLayoutMgr::appConnectionStatusChanged, this, [this](GuiAppsT app, bool up) {
         const char* name = appDefsName(app);
         guiLog(2, "zedagui: peer %s %s", name ? name : "?", up ? "up" : "down");
+        // The directory waits until the boot screen is on the screen.
+        if (app == GuiAppsDbs && up && m_painted)
+            watchContacts();
     });
     // The manager's translator has taken them by now: it was connected first.
     connect(this, &CTavoLayoutMgr::receivedTranslations, this, [this](const QHash<QString, QString>& t) {
         guiLog(2, "zedagui: %d translations", t.size());
         if (m_home)
             m_home->retranslateUi();
+        for (CTavoLayoutWidget* screen : qAsConst(m_screens))
+            screen->retranslateUi();
     });
     connect(this, &CTavoLayoutMgr::evLayoutMgr, this, [this](int event, int) {
         if (event == 1026)
@@ -126,7 +134,23 @@ void CZedaGui::initWidgets()
     connect(this, &CTavoLayoutMgr::contextSensitiveSk, m_softkeys, &CZedaSoftkeyBar::onCtxSensitiveSkReq);
     connect(m_softkeys, &CTavoLayoutWidget::layoutWidgetSignal, m_network, &CZedaNetworkScreen::onSoftkey);
 
+    // The Account screen has no tile: the demo shows it by name.
+    auto* account = new CZedaAccountScreen(this);
+    attributes.clear();
+    style = itemStyle(skin, "account", &attributes);
+    if (!style.isEmpty())
+        account->applySkin(style, attributes);
+    addScreen(QStringLiteral("Demo:Account"), account);
+    connect(account, &CZedaAccountScreen::contextSensitiveSk, this, &CTavoLayoutMgr::contextSensitiveSk);
+    connect(m_softkeys, &CTavoLayoutWidget::layoutWidgetSignal, account, &CZedaAccountScreen::onSoftkey);
+
     initSupervision(skin);
+    auto* calls = new CZedaCallHistoryScreen(this);
+    attributes.clear();
+    style = itemStyle(skin, "call-history", &attributes);
+    if (!style.isEmpty())
+        calls->applySkin(style, attributes);
+    addScreen(QStringLiteral("Home:CallHistory"), calls);
 
     refreshClock();
     refreshPhoneState();
@@ -184,6 +208,29 @@ void CZedaGui::refreshPhoneState()
 {
     if (m_home)
         m_home->setPhoneState(isAppConnected(GuiAppsTavoapp), isAppConnected(GuiAppsDbs));
+}
+
+void CZedaGui::watchContacts()
+{
+    if (m_contacts)
+        return;
+    m_contacts = db().subscribeToTable(QStringLiteral("contacts"));
+    if (!m_contacts)
+        return;
+    // At once, not later: a document right behind a notification must find
+    // the new count on the screen.
+    connect(m_contacts, &QAbstractItemModel::rowsInserted, this, &CZedaGui::refreshContactCount);
+    connect(m_contacts, &QAbstractItemModel::rowsRemoved, this, &CZedaGui::refreshContactCount);
+    connect(m_contacts, &QAbstractItemModel::modelReset, this, &CZedaGui::refreshContactCount);
+}
+
+void CZedaGui::refreshContactCount()
+{
+    if (!m_contacts || !m_home || m_contacts->rowCount() == m_contactCount)
+        return;
+    m_contactCount = m_contacts->rowCount();
+    guiLog(2, "zedagui: %d contacts", m_contactCount);
+    m_home->setContactCount(m_contactCount);
 }
 
 void CZedaGui::addScreen(const QString& openUrl, CTavoLayoutWidget* screen)
@@ -340,8 +387,9 @@ bool CZedaGui::handleDemoDocument(const CTXMLRoot& root)
         QPoint from;
         QPoint to;
         const int ms = QByteArray(root.value("ms")).toInt();
+        const int hold = QByteArray(root.value("hold")).toInt();
         if (parsePoint(root.value("from"), &from) && parsePoint(root.value("to"), &to))
-            emit dragRequested(from, to, qBound(0, ms, 10000), step);
+            emit dragRequested(from, to, qBound(0, ms, 10000), step, qBound(0, hold, 10000));
         else
             guiLog(4, "zedagui: Demo:Drag needs from=X,Y;to=X,Y");
     } else if (std::strcmp(uri, "Demo:Key") == 0) {
@@ -399,5 +447,7 @@ void CZedaGui::paintEvent(QPaintEvent* event)
     if (!m_painted) {
         m_painted = true;
         emit firstFramePainted();
+        if (isAppConnected(GuiAppsDbs))
+            QTimer::singleShot(0, this, &CZedaGui::watchContacts);
     }
 }

@@ -7,7 +7,8 @@
 // Besides the documents of a real core it understands the demo's own, so that a
 // scenario can drive it as test automation would (README, "The main job"):
 //   <Event uri="Demo:Press">key=NAME</Event>    press and release the button NAME
-//   <Event uri="Demo:Drag">from=X,Y;to=X,Y;ms=N</Event>   a finger drag in window pixels
+//   <Event uri="Demo:Drag">from=X,Y;to=X,Y;ms=N;hold=MS</Event>   a finger drag in window
+//                                               pixels; with hold, shot while still held
 //   <Event uri="Demo:Key">key=NAME;keypad=1;hold=MS</Event>   a key press and release
 //   <Event uri="Demo:Wait">ms=N</Event>        a screenshot N ms later
 //   <Event uri="Demo:Show">screen=NAME</Event> show the screen NAME ("home" ...)
@@ -35,6 +36,7 @@
 #include "layout/CTavoLayoutMgr.h"
 
 class CTavoStyleSheetFile;
+class CTavoDbTable;
 class CZedaDirectoryScreen;
 class CZedaHomeScreen;
 class CZedaMenuFlyout;
@@ -82,7 +84,7 @@ signals:
     void documentArriving();
     void pressRequested(const QString& buttonName);
     // Demo documents whose screenshot waits until their action has ended.
-    void dragRequested(const QPoint& from, const QPoint& to, int ms, const QString& step);
+    void dragRequested(const QPoint& from, const QPoint& to, int ms, const QString& step, int holdMs = 0);
     void keyRequested(const QString& key, bool keypad, int holdMs, const QString& step);
     void waitRequested(int ms, const QString& step);
     void scenarioEnded();
@@ -102,6 +104,9 @@ private:
     void refreshClock();
     void refreshPhoneState();
     void initSupervision(CTavoStyleSheetFile* skin);
+    // The home screen counts the rows of the directory's "contacts" table.
+    void watchContacts();
+    void refreshContactCount();
     void switchTo(CTavoLayoutWidget* screen);
     bool handleDemoDocument(const CTXMLRoot& root);
     // The name of a document for its screenshot: its "step" pair, else what it held.
@@ -119,6 +124,8 @@ private:
     CTavoLayoutWidget* m_current = nullptr;
     QHash<QString, CTavoLayoutWidget*> m_screens;  // by the URL that opens them
     QTimer m_clockTimer;
+    CTavoDbTable* m_contacts = nullptr;
+    int m_contactCount = -1;
     QString m_lastAction;
     bool m_booted = false;
     bool m_painted = false;

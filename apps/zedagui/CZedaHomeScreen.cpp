@@ -5,6 +5,7 @@
 #include "style/CTavoIconRepository.h"
 #include "widgets/CTavoButton.h"
 #include "widgets/CTavoLabelWidget.h"
+#include "widgets/CTavoPageView.h"
 #include "widgets/CTavoParagraph.h"
 #include "widgets/CTavoWidget.h"
 #include "widgets/TavoButtonSettings.h"
@@ -21,6 +22,10 @@ const TileT tileTable[] = {
     {"Contacts", QT_TRANSLATE_NOOP("CZedaHomeScreen", "Contacts"), "Home:Contacts"},
     {"CallHistory", QT_TRANSLATE_NOOP("CZedaHomeScreen", "Call history"), "Home:CallHistory"},
     {"Settings", QT_TRANSLATE_NOOP("CZedaHomeScreen", "Settings"), "Home:Settings"},
+    {"Call", QT_TRANSLATE_NOOP("CZedaHomeScreen", "Dial"), "Home:Call"},
+    {"Calendar", QT_TRANSLATE_NOOP("CZedaHomeScreen", "Calendar"), "Home:Calendar"},
+    {"Applications", QT_TRANSLATE_NOOP("CZedaHomeScreen", "Apps"), "Home:Applications"},
+    {"Features", QT_TRANSLATE_NOOP("CZedaHomeScreen", "Features"), "Home:Features"},
 };
 
 // Translations pushed by the core are keyed by the English text.
@@ -54,6 +59,12 @@ CZedaHomeScreen::CZedaHomeScreen(QWidget* parent)
     m_title->setObjectName(QStringLiteral("title"));
     m_intro = new CTavoParagraph(this);
     m_intro->setObjectName(QStringLiteral("intro"));
+    m_dots = new CTavoLabelWidget(this);
+    m_dots->setObjectName(QStringLiteral("page-dots"));
+    // The tiles in pages of the skin's size, swiped sideways.
+    m_pages = new CTavoPageView(this);
+    m_pages->setObjectName(QStringLiteral("home-pages"));
+    connect(m_pages, &CTavoPageView::pageChanged, this, &CZedaHomeScreen::showPage);
 
     int id = 1;
     for (const TileT& t : tileTable) {
@@ -68,7 +79,26 @@ CZedaHomeScreen::CZedaHomeScreen(QWidget* parent)
         connect(tile, &CTavoButton::buttonClicked, this,
                 [this](QString url, QString data) { onWidgetEvent(url, data); });
         m_tiles.append(tile);
+        m_pages->append(tile);
     }
+}
+
+void CZedaHomeScreen::showPage(int page, int pages)
+{
+    // One dot a page, the shown one filled.
+    QString dots;
+    for (int i = 0; i < pages; ++i)
+        dots += (i == page ? QChar(0x25CF) : QChar(0x25CB)) + QStringLiteral("  ");
+    m_dots->setText(pages > 1 ? dots.trimmed() : QString());
+}
+
+QString CZedaHomeScreen::getContextSensitiveInformation()
+{
+    return QStringLiteral("page=%1/%2 offset=%3 moving=%4")
+        .arg(m_pages->currentPage() + 1)
+        .arg(m_pages->pageCount())
+        .arg(m_pages->scrollOffset().x())
+        .arg(m_pages->isBeingScrolled() ? QStringLiteral("yes") : QStringLiteral("no"));
 }
 
 void CZedaHomeScreen::applySkin(const QString& style, const QString& attributes)
@@ -83,6 +113,7 @@ void CZedaHomeScreen::applySkin(const QString& style, const QString& attributes)
         m_tiles[i]->setIcon(-1);
         m_tiles[i]->setIcon(iconNumber(tileTable[i].name));
     }
+    m_pages->format(Qt::Horizontal, -1);
     retranslateUi();
 }
 
@@ -98,6 +129,14 @@ void CZedaHomeScreen::setPhoneState(bool coreUp, bool directoryUp)
         return;
     m_coreUp = coreUp;
     m_directoryUp = directoryUp;
+    refreshIntro();
+}
+
+void CZedaHomeScreen::setContactCount(int count)
+{
+    if (count == m_contacts)
+        return;
+    m_contacts = count;
     refreshIntro();
 }
 
@@ -125,5 +164,9 @@ void CZedaHomeScreen::refreshIntro()
     const QString directory = m_directoryUp
                                   ? text(QT_TRANSLATE_NOOP("CZedaHomeScreen", "Directory online"))
                                   : text(QT_TRANSLATE_NOOP("CZedaHomeScreen", "Directory offline"));
-    m_intro->setText(QStringLiteral("<div align=\"center\"><b>%1</b> &middot; %2</div>").arg(core.toHtmlEscaped(), directory.toHtmlEscaped()));
+    QString html = QStringLiteral("<b>%1</b> &middot; %2").arg(core.toHtmlEscaped(), directory.toHtmlEscaped());
+    if (m_contacts >= 0)
+        html += QStringLiteral(" &middot; ")
+                + text(QT_TRANSLATE_NOOP("CZedaHomeScreen", "%1 contacts")).arg(m_contacts).toHtmlEscaped();
+    m_intro->setText(QStringLiteral("<div align=\"center\">%1</div>").arg(html));
 }

@@ -10,16 +10,19 @@
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMetaType>
+#include <QMouseEvent>
 #include <QPixmap>
 #include <QRegExp>
 #include <QResizeEvent>
 #include <QStringList>
+#include <QTimerEvent>
 #include <QToolButton>
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
 #include "input/CTavoIpAddressValidator.h"
+#include "input/CTavoKateInput.h"
 #include "layout/CTavoLayoutMgr.h"
 #include "layout/CTavoVarList.h"
 #include "log/GuiLog.h"
@@ -27,6 +30,7 @@
 #include "style/CTavoStyleSheetFile.h"
 #include "style/TavoProfile.h"
 #include "tools/PhoneNumberUtils.h"
+#include "widgets/CTavoMagnifyingGlass.h"
 
 QPointer<CTavoInput> CTavoInput::m_pFocusedInput;
 
@@ -36,6 +40,21 @@ const int kDefaultMaxLength = 512;
 const int kUrlCursorDelayMs = 25;
 const char kIpMask[] = "000.000.000.000;_";
 const char kEmptyIp[] = "000.000.000.000";
+const int kMagnifierStepMs = 50;
+// A finger this close to the inline backspace button is on the button.
+const int kBackspaceMargin = 3;
+
+// Holds QLineEdit's cursor blink still: the blink is a timer of QLineEdit's
+// private line control, and Qt 5 restarts it after every key (Qt 4 stopped it).
+class BlinkHold : public QObject
+{
+public:
+    explicit BlinkHold(QObject* parent) : QObject(parent) {}
+    bool active = false;
+
+protected:
+    bool eventFilter(QObject*, QEvent* event) override { return active && event->type() == QEvent::Timer; }
+};
 
 // The names of the modes in mode lists, by number.
 const char* const kModeNames[] = {"Abc", "abc", "ABC", "123", "IP", "URL", "123T",
@@ -98,14 +117,37 @@ CTavoInput::CTavoInput(QWidget* parent)
     connect(this, &CTavoInput::modeSelected, this, &CTavoInput::onModeAndEncodingChanged);
     connect(this, &CTavoInput::encodingSelected, this, &CTavoInput::onModeAndEncodingChanged);
 
-    // The multi-tap strip comes with the skin's "kate-input" entry once the strip
-    // exists; until then every key reaches the text directly.
-    m_kate = nullptr;
+    // The multi-tap strip comes with the skin's "kate-input" item; without it
+    // every key reaches the text directly. It stands beside the field, on the
+    // field's parent, and the field owns it.
+    CTavoLayoutMgr* mgr = CTavoLayoutMgr::instance();
+    CTavoStyleSheetFile* skin = mgr ? mgr->styleSheetFile() : nullptr;
+    if (skin && skin->get(QStringLiteral("kate-input"))) {
+        m_kate = new CTavoKateInput(parentWidget(), false, this);
+        m_kate->setObjectName(QStringLiteral("kate-input"));
+        connect(m_kate, &QObject::destroyed, this, [this] {
+            m_kate = nullptr;
+            m_useKateInput = false;
+        });
+        connect(m_kate, &CTavoKateInput::showme, this, &CTavoInput::showKate);
+        connect(m_kate, &CTavoKateInput::entered, this, &CTavoInput::onEntered);
+        connect(m_kate, &CTavoKateInput::TimeOutEvent, this, &CTavoInput::TimeOutEventSend);
+        connect(this, &CTavoInput::modeSelected, m_kate, qOverload<InputModeT>(&CTavoKateInput::onModeSelected));
+        connect(this, &CTavoInput::encodingSelected, m_kate,
+                qOverload<InputEncodingT>(&CTavoKateInput::onEncodingSelected));
+        connect(this, &CTavoInput::deleteUnicodeChar, m_kate, &CTavoKateInput::onDeleteUnicodeChar);
+    }
     m_useKateInput = m_kate != nullptr;
 
     m_ipValidator = new CTavoIpAddressValidator(this);
     // The predictive strip ("xt9-line-editor") likewise stays absent.
     m_xt9 = nullptr;
+
+    // No timer until a finger shows the glass; the owner gives it factor and mask.
+    m_magGlass = new CTavoMagnifyingGlass(parentWidget(), this);
+    m_magGlass->setObjectName(QStringLiteral("magnifying-glass"));
+    connect(m_magGlass, &QObject::destroyed, this, [this] { m_magGlass = nullptr; });
+    m_magTimerId = -1;
 
     m_backspaceButton = new QToolButton(this);
     m_backspaceButton->setObjectName(QStringLiteral("inline-backspace"));
@@ -131,6 +173,15 @@ CTavoInput::~CTavoInput()
 {
     if (m_pFocusedInput == this)
         m_pFocusedInput = nullptr;
+    // The strip and the glass stand on the parent but belong to the field.
+    if (m_kate) {
+        disconnect(m_kate, nullptr, this, nullptr);
+        delete m_kate;
+    }
+    if (m_magGlass) {
+        disconnect(m_magGlass, nullptr, this, nullptr);
+        delete m_magGlass;
+    }
 }
 
 void CTavoInput::ctxKey(int uri, int value)
@@ -207,7 +258,7 @@ void CTavoInput::set(const char* modes, const QString& text, int maxLength, int 
             }
         } else if (startWithKey && m_useKateInput && m_kate) {
             // The strip takes the first key: star when the text holds one.
-            // (Reached once the strip exists.)
+            m_kate->handleKeyEvent(text.contains(QLatin1Char('*')) ? 10 : 0, true);
         } else {
             setText(m_defaultText);
         }
@@ -368,8 +419,11 @@ void CTavoInput::switchToMode(const QString& spec)
     setMode(modeFromName(m_modeName));
     if (m_encodingFollowsMode && isAlphabeticalEditMode() && !wasAlphabetical)
         switchToEncoding(var(TxmlVarAscii));
-    if (m_mode == InputModePinYin && m_encoding != InputEncodingASCII)
+    if (m_mode == InputModePinYin && m_encoding != InputEncodingASCII) {
         switchToEncoding(var(TxmlVarAscii));
+        if (m_kate)
+            m_kate->onEncodingSelected(InputEncodingASCII);
+    }
     setFocus(Qt::OtherFocusReason);
     if (!selected.isEmpty()) {
         const int at = QLineEdit::text().indexOf(selected);
@@ -528,7 +582,8 @@ int CTavoInput::getToolBarWidth()
 
 void CTavoInput::updateKeymap()
 {
-    // Forwards to the multi-tap strip's international prefix keymap once it exists.
+    if (m_kate)
+        m_kate->updateKeymapAsPerIntlPrefix();
 }
 
 qreal CTavoInput::letterSpacing() const
@@ -672,7 +727,17 @@ void CTavoInput::onModified()
     if (!done) {
         if (bytes > limit) {
             setMaxLength(shown.length());
-            QLineEdit::setText(shown.left(shown.length() - 1));
+            // Whole characters go, never half a UTF-8 sequence or a surrogate
+            // pair, until the text fits (a paste may be over by more than one).
+            QString cut = shown;
+            while (!cut.isEmpty() && cut.toUtf8().size() > limit) {
+                const int n = cut.length() >= 2 && cut.at(cut.length() - 1).isLowSurrogate() &&
+                                      cut.at(cut.length() - 2).isHighSurrogate()
+                                  ? 2
+                                  : 1;
+                cut.chop(n);
+            }
+            QLineEdit::setText(cut);
         } else if (bytes == limit) {
             setMaxLength(shown.length());
         } else if (maxLength() != limit) {
@@ -720,6 +785,8 @@ void CTavoInput::backspace()
     }
     restoreSavedCursorPosition();
     QTimer::singleShot(kUrlCursorDelayMs, this, [this] { update(); });
+    if (m_kate)
+        m_kate->hide();
 }
 
 void CTavoInput::onBackspaceKeyEvent()
@@ -760,6 +827,12 @@ void CTavoInput::onCursorPositionChanged(int oldPos, int newPos)
         setCursorPosition(QLineEdit::text().length());
     }
     showBackspaceKey();
+    if (m_magGlass && m_magGlass->isVisible()) {
+        // A finger low over the field drags the cursor; it does not select.
+        if (m_mode != InputModeIP && m_magRawPos[1] < 1.5f * float(height()))
+            deselect();
+        m_magGlass->updateMagnifiedView();
+    }
 }
 
 void CTavoInput::resetUneditableUrlStringCursorPos()
@@ -769,9 +842,33 @@ void CTavoInput::resetUneditableUrlStringCursorPos()
 
 void CTavoInput::showKate(QWidget* widget, bool show)
 {
-    // Places the multi-tap strip beside the field once the strip exists.
-    Q_UNUSED(widget);
-    Q_UNUSED(show);
+    if (!widget)
+        return;
+    if (auto* kate = qobject_cast<CTavoKateInput*>(widget))
+        kate->activate();
+    widget->setVisible(show);
+    widget->raise();
+    QWidget* parent = parentWidget();
+    if (!show || !parent)
+        return;
+
+    // Below the cursor, or above the line where it would pass the bottom.
+    const QPoint p = mapToParent(cursorRect().topLeft());
+    const int x = std::max(p.x(), 0);
+    const QRect bound = tavoGetActiveProfile(true).contains(QLatin1String("Orbel1500")) ? parent->contentsRect()
+                                                                                       : parent->geometry();
+    QRect place(QPoint(x, p.y() + height() * 4 / 5), widget->size());
+    const int aboveTop = std::max(p.y() - widget->height() - 6, 0);
+    if (bound.contains(place)) {
+        if (place.bottom() > bound.bottom() - height())
+            place.moveTop(aboveTop);
+    } else {
+        if (place.right() > bound.right())
+            place.moveLeft(std::max(place.left() - (place.right() - bound.right()) - 6, 0));
+        if (place.bottom() > bound.bottom() - height())
+            place.moveTop(aboveTop);
+    }
+    widget->move(place.topLeft());
 }
 
 // ---------------------------------------------------------------------------
@@ -814,15 +911,27 @@ void CTavoInput::onEntered(QChar c, bool attempt)
     case InputModeIP:
         handleInputForIPEditing(c);
         break;
+    case InputModeTel:
+    case InputModeTelNoNav:
+        commitPendingCandidate(c);
+        insert(QString(c));
+        break;
     case InputModeHex:
     case InputModeIPv6:
+        commitPendingCandidate(c);
         handleInputForHexEditing(c);
         break;
     default:
-        // Tel and TelNoNav first commit a pending multi-tap candidate, once the strip exists.
         insert(QString(c));
         break;
     }
+}
+
+void CTavoInput::commitPendingCandidate(QChar c)
+{
+    // A character from elsewhere settles the strip's pending one first.
+    if (m_kate && m_kate->isTimerRunning() && c != m_kate->getCurrentlyFocusedCharacter())
+        m_kate->onTimeout();
 }
 
 void CTavoInput::handleInputForHexEditing(QChar c)
@@ -978,23 +1087,108 @@ void CTavoInput::reportDialpadKeyEvent(int key, int eventType)
 void CTavoInput::setTextCursorBlinking(bool on)
 {
     if (!on) {
-        // QLineEdit stops blinking after a cursor key; the cursor goes back after it.
+        // A cursor key through the press handler shows the cursor and restarts
+        // its blink; the cursor goes back to where it was. Qt 4 stopped the
+        // blink there, Qt 5 does not: the hold keeps the blink timer's events
+        // from QLineEdit's line control until blinking is turned on again.
         const int pos = cursorPosition();
         QKeyEvent press(QEvent::KeyPress, Qt::Key_Left, Qt::NoModifier);
         QLineEdit::keyPressEvent(&press);
         QKeyEvent release(QEvent::KeyRelease, Qt::Key_Left, Qt::NoModifier);
         QLineEdit::keyPressEvent(&release);
         setCursorPosition(pos);
+        if (!m_blinkHold) {
+            QObject* control = nullptr;
+            for (QObject* child : children()) {
+                if (std::strcmp(child->metaObject()->className(), "QWidgetLineControl") == 0)
+                    control = child;
+            }
+            if (control) {
+                auto* hold = new BlinkHold(this);
+                control->installEventFilter(hold);
+                m_blinkHold = hold;
+            } else {
+                guiLog(1, "CTavoInput: no line control found, the cursor keeps blinking");
+            }
+        }
+        if (m_blinkHold)
+            static_cast<BlinkHold*>(m_blinkHold)->active = true;
     } else {
+        if (m_blinkHold)
+            static_cast<BlinkHold*>(m_blinkHold)->active = false;
         QFocusEvent focus(QEvent::FocusIn, Qt::FocusReason(0));
         QLineEdit::focusInEvent(&focus);
     }
 }
 
+bool CTavoInput::isCursorBlinkHeld() const
+{
+    return m_blinkHold && static_cast<BlinkHold*>(m_blinkHold)->active;
+}
+
+bool CTavoInput::handleMagnifierPointer(QMouseEvent* e)
+{
+    const bool leftHeld = e->type() == QEvent::MouseButtonPress ? e->button() == Qt::LeftButton
+                                                                 : bool(e->buttons() & Qt::LeftButton);
+    if (m_ignoreMagnifierEvents || !leftHeld || QLineEdit::text().isEmpty() || !m_magGlass ||
+        !(m_magGlass->magFactor() > 0.0f)) {
+        hideMagGlass();
+        return QLineEdit::event(e);
+    }
+    const QPointF pos = e->localPos();
+    m_magRawPos[0] = float(pos.x());
+    m_magRawPos[1] = float(pos.y());
+    bool overButton = false;
+    if (m_backspaceButton->isVisible()) {
+        const QRect around = m_backspaceButton->geometry().adjusted(-kBackspaceMargin, -kBackspaceMargin,
+                                                                    kBackspaceMargin, kBackspaceMargin);
+        overButton = around.contains(pos.toPoint());
+    }
+    if (!m_magGlass->isVisible() && !overButton) {
+        m_magFilter.estimate = m_magFilter.lastEstimate = m_magRawPos[0];
+        showMagGlass(pos.toPoint());
+    }
+    // The cursor follows the smoothed position, handed over before the real event.
+    sendSyntheticMove(QPointF(int(m_magFilter.estimate), m_magRawPos[1]));
+    return QLineEdit::event(e);
+}
+
+void CTavoInput::sendSyntheticMove(const QPointF& position)
+{
+    m_magPointerX = float(position.x());
+    m_magPointerY = float(position.y());
+    QMouseEvent move(QEvent::MouseMove, position, mapToGlobal(position.toPoint()), Qt::NoButton, Qt::LeftButton,
+                     Qt::NoModifier);
+    QLineEdit::event(&move);
+}
+
+void CTavoInput::magnifierStep()
+{
+    if (!m_magGlass || !m_magGlass->isVisible())
+        return;
+    m_magFilter.addMeasurment(m_magRawPos[0]);
+    const int x = int(m_magFilter.estimate);
+    if (x != int(m_magPointerX) || m_magRawPos[1] != m_magPointerY) {
+        sendSyntheticMove(QPointF(x, m_magRawPos[1]));
+        m_magGlass->show(QPoint(x, int(m_magRawPos[1])));
+    }
+}
+
 void CTavoInput::showMagGlass(const QPoint& pos)
 {
-    // The text magnifier joins with its widget; until then there is nothing to show.
-    Q_UNUSED(pos);
+    if (!m_magGlass)
+        return;
+    if (!m_magGlass->isVisible())
+        setTextCursorBlinking(false);
+    // Over the text only, not over the inline backspace button.
+    if (m_backspaceButton->isVisible())
+        m_magGlass->setClip(QRect(QPoint(0, 0), QPoint(m_backspaceButton->x() - 1, height())));
+    else
+        m_magGlass->setClip(QRect());
+    m_magGlass->show(pos);
+    m_magGlass->raise();
+    if (m_magTimerId == -1)
+        m_magTimerId = startTimer(kMagnifierStepMs);
 }
 
 void CTavoInput::hideMagGlass()
@@ -1003,8 +1197,10 @@ void CTavoInput::hideMagGlass()
         killTimer(m_magTimerId);
         m_magTimerId = -1;
     }
-    if (!m_magGlass)
+    if (!m_magGlass || !m_magGlass->isVisible())
         return;
+    m_magGlass->hide();
+    // Only a glass that was up had stopped the blink.
     setTextCursorBlinking(true);
 }
 
@@ -1124,28 +1320,27 @@ bool CTavoInput::dispatchKey(QKeyEvent* e)
         if (!press) {
             if (m_reportDialpadKeys && !(star && useKate))
                 reportDialpadKeyEvent(k, e->type());
-            hideMagGlass();
-            return true;
-        }
-        if ((star || k == SoKeyDialpadPound) && m_ignorePundStarKeys) {
+        } else if ((star || k == SoKeyDialpadPound) && m_ignorePundStarKeys) {
             const bool telMode = m_mode == InputModeTel || m_mode == InputModeTelNoNav;
-            const bool stripShown = false;  // the multi-tap strip does not exist yet
+            const bool stripShown = m_kate && m_kate->isVisible();
             if (m_reportDialpadKeys && (!telMode || !stripShown))
                 reportDialpadKeyEvent(k, e->type());
             hideMagGlass();
             if (m_lockScreenField)
                 emit editDone(lockUri, text());
             return false;
-        }
-        if (useKate && m_kate) {
-            // m_kate->handleKeyEvent(k - 22, true) once the strip exists.
         } else {
-            const QString typed = e->text();
-            for (const QChar c : typed)
-                onEntered(c, false);
+            // A field without a strip takes the key's text as it is.
+            if (useKate && m_kate) {
+                m_kate->handleKeyEvent(k - SoKeyDialpad0, true);
+            } else {
+                const QString typed = e->text();
+                for (const QChar c : typed)
+                    onEntered(c, false);
+            }
+            if (m_reportDialpadKeys && !(star && useKate))
+                reportDialpadKeyEvent(k, e->type());
         }
-        if (m_reportDialpadKeys && !(star && useKate))
-            reportDialpadKeyEvent(k, e->type());
         hideMagGlass();
         if (m_lockScreenField)
             emit editDone(lockUri, text());
@@ -1202,6 +1397,9 @@ void CTavoInput::handleFocus(bool in, Qt::FocusReason reason)
         if (m_mode == InputModeIP)
             m_mode = InputModeCount;
         emit modeAndEncodingIdentifierUpdated(QString());
+        // A pending multi-tap candidate settles and its strip goes with the focus.
+        if (m_kate)
+            m_kate->onTimeout();
         ctxKey(TxmlUriDone, 0);
         ctxKey(TxmlUriEncoding, 0);
         ctxKey(TxmlUriBackspace, 0);
@@ -1235,19 +1433,22 @@ void CTavoInput::handleFocus(bool in, Qt::FocusReason reason)
 
 bool CTavoInput::event(QEvent* e)
 {
-    if (!e || e->type() > QEvent::InputMethod)
+    if (!e)
+        return false;
+    // Gestures, touch and the rest of Qt's later events are QLineEdit's.
+    if (e->type() > QEvent::InputMethod)
         return QLineEdit::event(e);
 
     switch (e->type()) {
     case QEvent::Timer:
-        // The magnifier's filter step runs here once the glass exists.
+        if (static_cast<QTimerEvent*>(e)->timerId() == m_magTimerId && m_magTimerId != -1)
+            magnifierStep();
         return QLineEdit::event(e);
     case QEvent::MouseButtonPress:
     case QEvent::MouseMove:
         if (m_preventEditingDefaultContents)
             return true;
-        hideMagGlass();
-        return QLineEdit::event(e);
+        return handleMagnifierPointer(static_cast<QMouseEvent*>(e));
     case QEvent::MouseButtonRelease:
     case QEvent::Leave:
         hideMagGlass();
@@ -1284,7 +1485,9 @@ bool CTavoInput::event(QEvent* e)
         return true;
     case QEvent::Hide:
         handleFocus(false, Qt::OtherFocusReason);
-        // A pending multi-tap candidate is committed here once the strip exists.
+        // A pending multi-tap candidate is settled before the field goes.
+        if (m_kate)
+            m_kate->onTimeout();
         hideMagGlass();
         return QLineEdit::event(e);
     case QEvent::InputMethod: {
@@ -1298,7 +1501,7 @@ bool CTavoInput::event(QEvent* e)
         } else {
             showBackspaceKey();
         }
-        if (QLineEdit::text().isEmpty() && preedit != m_preeditText) {
+        if (text().isEmpty() && preedit != m_preeditText) {
             m_preeditText = preedit;
             emit textPreedited(m_preeditText);
         }

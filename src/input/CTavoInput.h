@@ -7,10 +7,13 @@
 // encodings, an inline backspace button, and a running dialogue with the
 // softkey bar through contextSensitiveSk about which keys make sense now.
 //
-// The multi-tap strip (CTavoKateInput) and the predictive strip
-// (CTavoXt9Input) are not built yet: their pointers stay null, so every key
-// reaches the text directly and useKateInput is false.
+// Dial pad keys go through the multi-tap strip (CTavoKateInput) when the skin
+// has the item "kate-input"; without it they reach the text directly and
+// useKateInput is false. The predictive strip (CTavoXt9Input) is not built
+// yet. A finger held on the text shows the magnifying glass above the field,
+// once its owner has given the glass a factor and a mask.
 #include <QLineEdit>
+#include <QPointF>
 #include <QPointer>
 #include <QString>
 #include <QTimer>
@@ -25,6 +28,7 @@
 Q_DECLARE_METATYPE(InputModeT)
 Q_DECLARE_METATYPE(InputEncodingT)
 
+class QMouseEvent;
 class QToolButton;
 class CTavoIpAddressValidator;
 class CTavoKateInput;
@@ -97,6 +101,8 @@ public:
     void setTextCursorBlinking(bool on);
     void showMagGlass(const QPoint& pos);
     void hideMagGlass();
+    // The blink of the text cursor is held still (the magnifier is up).
+    bool isCursorBlinkHeld() const;
 
     // State read by owners and tests.
     InputModeT mode() const { return m_mode; }
@@ -119,6 +125,10 @@ public:
     CTavoXt9Input* xt9Input() const { return m_xt9; }
     CTavoIpAddressValidator* ipValidator() const { return m_ipValidator; }
     QToolButton* backspaceButton() const { return m_backspaceButton; }
+    CTavoMagnifyingGlass* magnifyingGlass() const { return m_magGlass; }
+    bool isMagnifierTimerRunning() const { return m_magTimerId != -1; }
+    // The position last handed to QLineEdit for the magnifier, after smoothing.
+    QPointF magnifierPointer() const { return QPointF(m_magPointerX, m_magPointerY); }
     const QTimer& idleTimer() const { return m_idleTimer; }
 
     qreal letterSpacing() const;
@@ -196,6 +206,11 @@ protected:
     // contextSensitiveSk for a URI number of the document library.
     void ctxKey(int uri, int value);
     void showBackspaceKey();
+    // Press and move of the finger: smoothing, the glass, then QLineEdit.
+    bool handleMagnifierPointer(QMouseEvent* event);
+    void magnifierStep();
+    void sendSyntheticMove(const QPointF& position);
+    void commitPendingCandidate(QChar c);
 
     bool m_edited = false;
     bool m_encodingFollowsMode = true;
@@ -253,4 +268,8 @@ protected:
     int m_magTimerId = -1;
     CKalmanFilter m_magFilter;
     bool m_ignoreMagnifierEvents = false;
+
+private:
+    // Qt 5's QLineEdit keeps blinking after a cursor key; this holds its blink still.
+    QObject* m_blinkHold = nullptr;
 };

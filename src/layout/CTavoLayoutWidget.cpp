@@ -18,6 +18,7 @@
 #include "style/CTavoWidgetStyle.h"
 #include "widgets/CTavoButton.h"
 #include "widgets/CTavoLabelWidget.h"
+#include "widgets/CTavoView.h"
 #include "widgets/CTavoWidget.h"
 
 int CTavoLayoutWidget::s_count = 0;
@@ -289,12 +290,24 @@ void CTavoLayoutWidget::paintEvent(QPaintEvent* event)
 // without building a list, so that a frame allocates nothing.
 void CTavoLayoutWidget::paintTree(QPainter* painter, const QObject* node, const QRect& area)
 {
-    for (QObject* child : node->children()) {
+    // By index: a view that builds rows while it paints adds children here.
+    const QObjectList& children = node->children();
+    for (int i = 0; i < children.size(); ++i) {
+        QObject* child = children.at(i);
         if (auto* widget = qobject_cast<CTavoWidget*>(child)) {
+            // A view paints what it holds, scrolled, and its own bar.
+            if (CTavoView::holderOf(widget))
+                continue;
             if (widget->isVisible() && widget->intersects(area))
                 widget->paint(painter);
+            if (qobject_cast<CTavoView*>(widget))
+                continue;
+        } else if (child->isWidgetType()) {
+            continue;  // a surface inside this one paints its own objects
         }
-        if (!child->children().isEmpty())
+        // A real widget on the surface (a field, a strip of its own) paints its
+        // objects itself, in its own coordinates.
+        if (!child->children().isEmpty() && !child->isWidgetType())
             paintTree(painter, child, area);
     }
 }
@@ -330,6 +343,9 @@ void CTavoLayoutWidget::mousePressEvent(QMouseEvent* event)
         return;
     const QList<CTavoButton*> buttons = findChildren<CTavoButton*>();
     for (CTavoButton* button : buttons) {
+        // Buttons in a view lie in its content coordinates: the view routes them.
+        if (CTavoView::holderOf(button))
+            continue;
         if (handleMousePressForButton(event, button))
             break;
     }
@@ -503,13 +519,20 @@ void CTavoLayoutWidget::moveAlong(QPoint& point, const char* mode, QPoint offset
 
 QRect CTavoLayoutWidget::rectOfChildOnScreen(const CTavoWidget* child) const
 {
-    return child ? child->rect() : QRect();
+    if (!child)
+        return QRect();
+    // What a view holds lies in its content: map it to where the view shows it.
+    if (const CTavoView* view = CTavoView::holderOf(child, true)) {
+        const QRect shown(view->mapToPointInParent(child->topLeft()), view->mapToPointInParent(child->bottomRight()));
+        return shown.intersected(view->rect());
+    }
+    return child->rect();
 }
 
-bool CTavoLayoutWidget::isOnTopAt(CTavoWidget* child, const QPoint& point) const
+bool CTavoLayoutWidget::isOnTopAt(CTavoWidget*, const QPoint&) const
 {
     // A plain surface has nothing of its own above its children.
-    return child && child->contains(point);
+    return true;
 }
 
 bool CTavoLayoutWidget::isOnTop() const

@@ -59,6 +59,8 @@ CTavoIcon::CTavoIcon(QWidget* parent, int x, int y, int w, int h)
     , m_direction(1)
 {
     m_visible = true;
+    // An icon counts as built once it holds an icon.
+    m_initialized = false;
     m_label = new CTavoIconLabel(parent);
     m_label->setParent(this);
     m_label->setVisible(false);

@@ -86,6 +86,8 @@ CTavoWidget::CTavoWidget(QWidget* parent, unsigned int kind, int x, int y, int w
     m_visible = true;
     m_enabled = true;
     m_focusable = true;
+    // A widget is a real item; only a bare object stands in for a row not yet built.
+    m_initialized = true;
     if (m_parent && isLayoutWidget(m_parent) && s_surfaceStyleSheet)
         m_styleSheet = s_surfaceStyleSheet(m_parent);
 }

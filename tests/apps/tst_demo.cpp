@@ -1,5 +1,6 @@
 // The main job end to end: the real tgui-core plays the repository's demo
-// scenario to the real zedagui on the sample skin, headless. The core must
+// scenario to the real zedagui on the sample skin, headless, with the real
+// database peer on the demo's directory. The core must
 // receive the events of the scripted presses and the translation request,
 // and every screenshot must show a real screen that changed where the
 // scenario changed it, and only there.
@@ -92,7 +93,9 @@ class TestDemo : public QObject
     TinyProxy m_proxy2;
     QString m_coreOut;
     QString m_guiOut;
+    QString m_guiLog;
     int m_guiExit = -1;
+    int m_dbsExit = -1;
 
     QImage shot(const QString& name) const
     {
@@ -146,6 +149,21 @@ private slots:
         QVERIFY2(first.startsWith("LISTENING "), first.constData());
         const QByteArray port = first.mid(10);
 
+        // The database peer registers before zedagui starts, as in run-demo.sh.
+        QProcess dbs;
+        dbs.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        dbs.start(kBinDir + "/tgui-dbs", {"--port", QString::fromLatin1(port), "--init",
+                                          kRunDir + "/db/demo.sql", m_dir.filePath("demo.db")});
+        QVERIFY(dbs.waitForStarted());
+        QByteArray early;
+        QElapsedTimer clock;
+        clock.start();
+        while (!early.contains("REGISTER dbs") && clock.elapsed() < 20000) {
+            core.waitForReadyRead(100);
+            early += core.readAll();
+        }
+        QVERIFY2(early.contains("REGISTER dbs"), early.constData());
+
         QFile conf(m_dir.filePath("Skins/default.conf"));
         QVERIFY(conf.open(QIODevice::WriteOnly));
         conf.write("[zedagui]\nSkinFile=Skins/default/default.xml\nComServerIP=127.0.0.1\nComServerPort=" + port
@@ -162,11 +180,15 @@ private slots:
         QVERIFY(gui.waitForFinished(120000));
         m_guiExit = gui.exitCode();
         m_guiOut = QString::fromUtf8(gui.readAllStandardOutput());
+        m_guiLog = QString::fromUtf8(gui.readAllStandardError());
         if (m_guiExit != 0)
-            qWarning("%s", gui.readAllStandardError().right(4000).constData());
+            qWarning("%s", qPrintable(m_guiLog.right(4000)));
         QVERIFY(core.waitForFinished(20000));
-        m_coreOut = QString::fromUtf8(core.readAll());
+        m_coreOut = QString::fromUtf8(early + core.readAll());
         QCOMPARE(core.exitCode(), 0);
+        dbs.terminate();
+        QVERIFY(dbs.waitForFinished(10000));
+        m_dbsExit = dbs.exitStatus() == QProcess::NormalExit ? dbs.exitCode() : -1;
     }
 
     void guiEndsCleanlyAndReportsItsFirstFrame()
@@ -176,7 +198,7 @@ private slots:
         const QRegularExpressionMatch m = frame.match(m_guiOut);
         QVERIFY2(m.hasMatch(), qPrintable(m_guiOut));
         QVERIFY(m.captured(1).toInt() > 0);
-        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 50 screenshots"));
+        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 91 screenshots"));
         QVERIFY(m_coreOut.contains("SCENARIO done"));
         QVERIFY(!m_coreOut.contains("SCENARIO timeout"));
     }
@@ -190,6 +212,8 @@ private slots:
             "EVENT zedagui type=0 <TXML><Event uri=\"Home:Contacts\" type=\"1000\" flags=\"1\">",
             "EVENT zedagui type=0 <TXML><Event uri=\"Home:Settings\" type=\"1000\" flags=\"1\">",
             "EVENT zedagui type=0 <TXML><Event uri=\"SoftKey:ToggleEditMode\" type=\"1000\" flags=\"1\">",
+            "EVENT zedagui type=0 <TXML><Event uri=\"SoftKey:Back\" type=\"1000\" flags=\"1\">",
+            "EVENT zedagui type=0 <TXML><Event uri=\"Home:CallHistory\" type=\"1000\" flags=\"1\">",
             "EVENT zedagui type=0 <TXML><Event uri=\"SoftKey:Back\" type=\"1000\" flags=\"1\">",
         };
         // A first translation request comes with the first language, before any press.
@@ -212,14 +236,28 @@ private slots:
         // Sliding off or pressing without a press URL sends nothing else; the
         // flyout adds its report, two Menu presses, a choice and two closings,
         // the Network screen its tile, the mode key and Back, the directory its
-        // three results, the supervised child its two changes of state.
-        QCOMPARE(m_coreOut.count("EVENT zedagui"), 19);
+        // three results, the supervised child its two changes of state, the call
+        // history its tile and Back, the Account screen its three Script presses
+        // and Back.
+        QCOMPARE(m_coreOut.count("EVENT zedagui"), 25);
+    }
+
+    void theHomeScreenCountsTheDirectorysContacts()
+    {
+        // Twelve from the seed script, one more from the scenario's insertion,
+        // which the peer answered after it had told zedagui.
+        const int twelve = m_guiLog.indexOf("zedagui: 12 contacts");
+        QVERIFY2(twelve >= 0, qPrintable(m_guiLog.right(3000)));
+        QVERIFY(m_guiLog.indexOf("zedagui: 13 contacts") > twelve);
+        QVERIFY(m_coreOut.contains("EVENT dbs type=1 TJDB/1 response\\n2=demo-add-contact\\n3=user\\n"));
+        QVERIFY(m_coreOut.contains("ROUTE dbs -> zedagui type=1"));
+        QCOMPARE(m_dbsExit, 0);
     }
 
     void everyScreenshotIsARealScreen()
     {
         const QStringList names = QDir(m_dir.filePath("shots")).entryList({"*.png"}, QDir::Files, QDir::Name);
-        QCOMPARE(names.size(), 50);
+        QCOMPARE(names.size(), 91);
         for (const QString& file : names) {
             const QImage image = shot(file.chopped(4));
             QCOMPARE(image.size(), QSize(800, 480));
@@ -249,7 +287,7 @@ private slots:
 
     void homeBackgroundIsASmoothGradient()
     {
-        const QImage home = shot("05-directory-online");
+        const QImage home = shot("05-contact-added");
         // Between the status strip and the softkeys, beside the tiles.
         QVERIFY(longestRun(home, 20, 44, 412) < 24);
         QVERIFY(longestRun(home, 780, 44, 412) < 24);
@@ -261,7 +299,7 @@ private slots:
 
     void tileIconsAndLabelsAreCentred()
     {
-        const QImage home = shot("05-directory-online");
+        const QImage home = shot("05-contact-added");
         for (int left : {66, 242, 418, 594}) {
             const double centre = left + 74.0;
             const QRect icon(left + 4, 180, 140, 76);
@@ -314,6 +352,74 @@ private slots:
         QCOMPARE(back.pixel(610, 468), back.pixel(16, 468));
     }
 
+    void callHistoryFlingsMovesItsFocusAndHidesItsBar()
+    {
+        // What zedagui printed beside each screenshot of the call history.
+        QHash<QString, QHash<QString, QString>> facts;
+        QString last;
+        for (const QString& line : m_guiOut.split('\n')) {
+            const QRegularExpressionMatch name = QRegularExpression("screenshot .*/\\d\\d-([^/]*)\\.png$").match(line);
+            if (name.hasMatch())
+                last = name.captured(1);
+            if (line.startsWith("zedagui: screen call-history: ")) {
+                for (const QString& pair : line.mid(30).split(' ')) {
+                    const int eq = pair.indexOf('=');
+                    facts[last][pair.left(eq)] = pair.mid(eq + 1);
+                }
+            }
+        }
+        auto at = [&](const char* shot, const char* key) { return facts.value(shot).value(key); };
+        auto offset = [&](const char* shot) { return at(shot, "offset").toInt(); };
+        QVERIFY2(facts.contains("calls-top"), qPrintable(m_guiOut));
+        // At the top, focus on the first call; the keys move it down one row at a time, "#" a page of six.
+        QCOMPARE(offset("calls-top"), 0);
+        QCOMPARE(at("calls-top", "focus"), QString("0"));
+        QCOMPARE(at("calls-key-down", "focus"), QString("1"));
+        QCOMPARE(at("calls-key-down-2", "focus"), QString("2"));
+        QCOMPARE(at("calls-key-page", "focus"), QString("8"));
+        // The fling: let go, still coasting, at rest further on with the bar shown, then the bar gone.
+        QVERIFY(offset("calls-fling") > 0);
+        QCOMPARE(at("calls-mid-fling", "moving"), QString("yes"));
+        QVERIFY(offset("calls-mid-fling") >= offset("calls-fling"));
+        QCOMPARE(at("calls-at-rest", "moving"), QString("no"));
+        QCOMPARE(at("calls-at-rest", "bar"), QString("visible"));
+        QVERIFY2(offset("calls-at-rest") > offset("calls-mid-fling") + 300, qPrintable(m_guiOut));
+        QCOMPARE(at("calls-bar-hidden", "bar"), QString("hidden"));
+        QCOMPARE(offset("calls-bar-hidden"), offset("calls-at-rest"));
+        // Only rows that came into view were built.
+        QVERIFY(at("calls-bar-hidden", "built").toInt() < 60);
+
+        // In pixels: the list moved under the title strip, and only the bar went away.
+        const QRect list(0, 56, 800, 360);
+        const QRect bar(780, 56, 20, 360);
+        const QRect moved = diffBox(step("calls-top"), step("calls-at-rest"), QRect(0, 0, 800, 56));
+        QVERIFY(list.contains(moved) && moved.height() > 300 && moved.width() > 600);
+        const QRect hid = diffBox(step("calls-at-rest"), step("calls-bar-hidden"));
+        QVERIFY2(!hid.isEmpty() && bar.contains(hid), qPrintable(QString("%1,%2 %3x%4").arg(hid.x()).arg(hid.y()).arg(hid.width()).arg(hid.height())));
+        // Back on the home screen as it was.
+        QVERIFY(diffBox(step("network-back"), step("calls-back-home"), QRect(0, 0, 800, 40)).isEmpty());
+    }
+
+    void homeTilesSwipeToTheirSecondPage()
+    {
+        // The last facts of the home screen: at rest on the second of two pages.
+        const QRegularExpression rest("screenshot .*/\\d\\d-home-page-2\\.png\nzedagui: screen home: page=2/2 offset=800 moving=no");
+        QVERIFY2(rest.match(m_guiOut).hasMatch(), qPrintable(m_guiOut));
+        QVERIFY(m_guiOut.contains("screen home: page=1/2 offset=0 moving=no"));
+        // Only the tiles and the page dots changed, and the new tiles stand where the first four stood.
+        const QImage page2 = step("home-page-2");
+        const QRect changed = diffBox(step("calls-back-home"), page2, QRect(0, 0, 800, 40));
+        QVERIFY2(QRect(0, 170, 800, 180).contains(changed) && changed.width() > 600,
+                 qPrintable(QString("%1,%2 %3x%4").arg(changed.x()).arg(changed.y()).arg(changed.width()).arg(changed.height())));
+        for (int left : {66, 242, 418, 594}) {
+            const double centre = left + 74.0;
+            QVERIFY2(qAbs(lightCentre(page2, QRect(left + 4, 180, 140, 76)) - centre) <= 2.0, qPrintable(QString::number(left)));
+            QVERIFY2(qAbs(lightCentre(page2, QRect(left + 4, 262, 140, 30)) - centre) <= 3.0, qPrintable(QString::number(left)));
+        }
+        // Mid-swipe the tiles stood between the pages.
+        QVERIFY(diffBox(step("calls-back-home"), step("home-swipe"), QRect(0, 0, 800, 40)).width() > 600);
+    }
+
     void screenshotsChangeWhereTheScenarioChangedTheScreen()
     {
         const QRect statusStrip(0, 0, 800, 40);  // the clock may turn a minute
@@ -332,18 +438,18 @@ private slots:
         // 24-hour clock: only the clock.
         const QRect hours = diffBox(shot("03-softkeys-home"), shot("04-clock-24h"));
         QVERIFY2(!hours.isEmpty() && clock.contains(hours), qPrintable(QString("%1 %2").arg(hours.x()).arg(hours.width())));
-        // The directory comes up: only the paragraph.
-        const QRect status = diffBox(shot("04-clock-24h"), shot("05-directory-online"), statusStrip);
+        // A contact is added: only the paragraph, with the new count.
+        const QRect status = diffBox(shot("04-clock-24h"), shot("05-contact-added"), statusStrip);
         QVERIFY(!status.isEmpty() && intro.contains(status));
         // A finger on Messages: only its tile.
-        const QRect pressed = diffBox(shot("05-directory-online"), shot("06-press-Messages"), statusStrip);
+        const QRect pressed = diffBox(shot("05-contact-added"), shot("06-press-Messages"), statusStrip);
         QVERIFY(!pressed.isEmpty() && messagesTile.contains(pressed));
         // The core's answer: the softkeys of messages.
         const QRect reply = diffBox(shot("06-press-Messages"), shot("07-reply-messages"), statusStrip.united(messagesTile));
         QVERIFY(!reply.isEmpty() && softkeys.contains(reply));
         // Back: the home keys again, on an unchanged home screen. The released key
         // may still be fading back, so the row is compared by its labels' change only.
-        QVERIFY(diffBox(shot("05-directory-online"), shot("09-reply-back"), statusStrip.united(softkeys)).isEmpty());
+        QVERIFY(diffBox(shot("05-contact-added"), shot("09-reply-back"), statusStrip.united(softkeys)).isEmpty());
         const QRect back = diffBox(shot("07-reply-messages"), shot("09-reply-back"), statusStrip.united(messagesTile));
         QVERIFY(!back.isEmpty() && softkeys.contains(back));
         // French: the language alone changes nothing visible; the translations do,
@@ -463,6 +569,118 @@ private slots:
         QVERIFY(mode.intersects(modeId) && nameField.united(modeId).contains(mode));
         // Back on the home screen.
         QVERIFY(diffBox(shot("12-directory-offline"), step("network-back"), QRect(0, 0, 800, 40)).isEmpty());
+    }
+    // The Account screen: a port clamped to its maximum, a masked password, the
+    // multi-tap strip below the name with its marked letter, gone after its
+    // time-out, Cyrillic and Katakana glyphs, the inline backspace button and
+    // the magnifying glass above the field under a held finger.
+    void accountScreenEditsByKeyAndTouch()
+    {
+        const QRect portField(250, 110, 320, 44);
+        const QRect passwordText(254, 184, 250, 36);
+        const QRect nameField(250, 250, 320, 44);
+        const QRect belowName(0, 290, 800, 70);
+        const QRgb marked = qRgb(48, 110, 190);
+        const QRgb cell = qRgb(28, 44, 70);
+        auto count = [](const QImage& image, const QRect& area, QRgb colour) {
+            int n = 0;
+            for (int y = area.top(); y <= area.bottom(); ++y)
+                for (int x = area.left(); x <= area.right(); ++x)
+                    n += (image.pixel(x, y) & 0xffffff) == (colour & 0xffffff);
+            return n;
+        };
+        // The columns of a colour in an area.
+        auto columns = [](const QImage& image, const QRect& area, QRgb colour) {
+            int left = INT_MAX, right = -1;
+            for (int y = area.top(); y <= area.bottom(); ++y)
+                for (int x = area.left(); x <= area.right(); ++x)
+                    if ((image.pixel(x, y) & 0xffffff) == (colour & 0xffffff)) {
+                        left = qMin(left, x);
+                        right = qMax(right, x);
+                    }
+            return right < 0 ? QPair<int, int>(-1, -1) : QPair<int, int>(left, right);
+        };
+        auto strip = [&](const QImage& image) {
+            const QPair<int, int> a = columns(image, belowName, cell);
+            const QPair<int, int> b = columns(image, belowName, marked);
+            return QPair<int, int>(qMin(a.first < 0 ? INT_MAX : a.first, b.first < 0 ? INT_MAX : b.first),
+                                   qMax(a.second, b.second));
+        };
+        for (const char* name : {"account-open", "port-9999", "port-clamped", "password-3", "password-masked",
+                                 "name-field", "kate-a-marked", "kate-b-marked", "kate-b-settled", "inline-backspace",
+                                 "kate-cyrillic", "kate-katakana", "kate-katakana-settled", "magnifier-drag",
+                                 "magnifier-released", "account-back"})
+            QVERIFY2(!step(name).isNull(), name);
+
+        // The fifth 9 turns the port into its maximum, all selected.
+        QCOMPARE(count(step("port-9999"), portField, marked), 0);
+        QVERIFY(count(step("port-clamped"), portField, marked) > 300);
+        QVERIFY(portField.contains(diffBox(step("port-9999"), step("port-clamped"))));
+
+        // Four digits (4, 7, 1, 1), four equal mask characters: each adds the
+        // same light pixels, whatever the digit.
+        // Columns as tall as the text cursor are the cursor, which may blink.
+        auto maskPixels = [&](const QImage& image) {
+            int total = 0;
+            for (int x = passwordText.left(); x <= passwordText.right(); ++x) {
+                const int n = brightPixels(image, QRect(x, passwordText.top(), 1, passwordText.height()));
+                total += n <= 18 ? n : 0;
+            }
+            return total;
+        };
+        const int one = maskPixels(step("password-1"));
+        QVERIFY(one > 20);
+        const QStringList digits = {"password-1", "password-2", "password-3", "password-masked"};
+        for (int i = 1; i < digits.size(); ++i) {
+            const int n = maskPixels(step(digits.at(i)));
+            QVERIFY2(qAbs(n - (i + 1) * one) <= one / 5, qPrintable(QString("%1: %2 for %3").arg(digits.at(i)).arg(n).arg(one)));
+        }
+
+        // Key 2: the strip below the name, "a" and then "b" marked in its 32-pixel
+        // cells; nothing else on the screen changes.
+        const QPair<int, int> a = strip(step("kate-a-marked"));
+        QCOMPARE(a.second - a.first + 1, 4 * 32);
+        // The marked cell's text area is the cell less a pixel on each side.
+        QCOMPARE(columns(step("kate-a-marked"), belowName, marked).first, a.first + 1);
+        const QPair<int, int> b = columns(step("kate-b-marked"), belowName, marked);
+        QCOMPARE(b.first, strip(step("kate-b-marked")).first + 32 + 1);
+        QCOMPARE(b.second - b.first + 1, 30);
+        QVERIFY(nameField.united(belowName).contains(diffBox(step("name-field"), step("kate-b-marked"))));
+        // After the time-out the strip is gone and the letter stays.
+        const QImage settled = step("kate-b-settled");
+        QCOMPARE(count(settled, belowName, cell) + count(settled, belowName, marked), 0);
+        const QRect typed = diffBox(step("name-field"), settled);
+        QVERIFY(!typed.isEmpty() && nameField.contains(typed));
+        // The inline button deletes it again: only the field changes.
+        const QRect deleted = diffBox(settled, step("inline-backspace"));
+        QVERIFY(!deleted.isEmpty() && nameField.contains(deleted));
+
+        // Cyrillic and Katakana strips: five and ten cells, each a glyph of its own.
+        for (const auto& [name, cells] : {qMakePair(QString("kate-cyrillic"), 5), qMakePair(QString("kate-katakana"), 10)}) {
+            const QImage image = step(name);
+            const QPair<int, int> span = strip(image);
+            QCOMPARE(span.second - span.first + 1, cells * 32);
+            QSet<QByteArray> glyphs;
+            for (int i = 0; i < cells; ++i) {
+                const QRect box(span.first + i * 32 + 1, belowName.top(), 30, belowName.height());
+                QVERIFY2(brightPixels(image, box) > 8, qPrintable(QString("%1 %2").arg(name).arg(i)));
+                const QImage glyph = image.copy(box);
+                glyphs.insert(QByteArray(reinterpret_cast<const char*>(glyph.constBits()), int(glyph.sizeInBytes())));
+            }
+            QCOMPARE(glyphs.size(), cells);
+        }
+
+        // The glass: above the field, 1.6 times its height, three times as wide.
+        const QRect glass = diffBox(step("kate-katakana-settled"), step("magnifier-drag"), nameField);
+        QVERIFY2(glass.top() >= 165 && glass.bottom() <= 250 && glass.height() >= 60 && glass.width() >= 190,
+                 qPrintable(QString("%1,%2 %3x%4").arg(glass.x()).arg(glass.y()).arg(glass.width()).arg(glass.height())));
+        QVERIFY(brightPixels(step("magnifier-drag"), glass) > 300);
+        // Lifted: gone; only the field (its cursor) may differ.
+        const QRect after = diffBox(step("kate-katakana-settled"), step("magnifier-released"));
+        QVERIFY(after.isEmpty() || nameField.contains(after));
+
+        // Back on the home screen, still on the page the swipe left it at.
+        QVERIFY(diffBox(step("home-page-2"), step("account-back"), QRect(0, 0, 800, 40)).isEmpty());
     }
 };
 
