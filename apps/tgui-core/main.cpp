@@ -41,7 +41,10 @@ int main(int argc, char** argv)
     QCommandLineOption key("key", "PEM private key for --tls.", "file");
     QCommandLineOption writeCert("write-cert", "Write the generated certificate and key into <dir>.", "dir");
     QCommandLineOption scenario("scenario", "Play the scenario <file>.", "file");
-    cli.addOptions({port, listen, tls, cert, key, writeCert, scenario});
+    // An emulated build runs its programs through wrappers in another folder.
+    QCommandLineOption programs("programs", "Start a scenario's peers from <dir> (default: beside tgui-core).",
+                                "dir");
+    cli.addOptions({port, listen, tls, cert, key, writeCert, scenario, programs});
     cli.process(app);
 
     CoreServer server;
@@ -72,6 +75,7 @@ int main(int argc, char** argv)
         }
         server.setTls(certificate, privateKey);
     }
+    server.setProgramDir(cli.value(programs));
     if (cli.isSet(scenario)) {
         QString error;
         if (!server.loadScenario(cli.value(scenario), &error)) {

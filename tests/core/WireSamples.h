@@ -8,9 +8,11 @@
 // A new wire structure gets a sample here, a row in tst_wirelayout and a
 // golden file per architecture (see README, "32-bit ARM").
 #include <QByteArray>
+#include <QCoreApplication>
 #include <QList>
 #include <QPair>
 #include <QString>
+#include <QSharedMemory>
 #include <QSysInfo>
 #include <cstring>
 
@@ -18,6 +20,7 @@
 #include "core/AppDefs.h"
 #include "log/UtilLog.h"
 #include "log/UtilLogMsg.h"
+#include "supervision/CTavoGlobalLock.h"
 
 namespace wiresamples {
 
@@ -87,10 +90,34 @@ inline QByteArray sharedConfig()
     return bytes;
 }
 
+// A name of this process for a global lock's segment.
+inline QString globalLockName()
+{
+    return QStringLiteral("tgui-wire-lock-%1").arg(QCoreApplication::applicationPid());
+}
+
+// A global lock's segment once a process has set the flag, as another process
+// attached to it reads it.
+inline QByteArray globalLock()
+{
+    CTavoGlobalLock lock(globalLockName());
+    if (!lock.isValid())
+        return QByteArray();
+    lock.setLocked(true);
+    QSharedMemory other(globalLockName());
+    if (!other.attach(QSharedMemory::ReadOnly))
+        return QByteArray();
+    other.lock();
+    const QByteArray bytes(static_cast<const char*>(other.constData()), other.size());
+    other.unlock();
+    return bytes;
+}
+
 // Every sample by its file name stem; empty bytes where making one failed.
 inline QList<QPair<QString, QByteArray>> all()
 {
-    return {{"frame", frame()}, {"logrecord", logRecord()}, {"logconfig", sharedConfig()}};
+    return {{"frame", frame()}, {"logrecord", logRecord()}, {"logconfig", sharedConfig()},
+            {"globallock", globalLock()}};
 }
 
 }  // namespace wiresamples

@@ -1,5 +1,6 @@
 // The binary layouts shared between processes, byte for byte on every
-// architecture: this build's frame, log record and shared configuration
+// architecture: this build's frame, log record, shared log configuration and
+// global lock segment
 // against the golden files written by the x86-64 build and by the 32-bit ARM
 // build (tests/core/wire, made by wire_sample_writer), and each golden file
 // read back field by field by this build.
@@ -52,7 +53,7 @@ private slots:
     {
         QTest::addColumn<QString>("layout");
         QTest::addColumn<QString>("arch");
-        for (const QString& layout : QStringList{"frame", "logrecord", "logconfig"}) {
+        for (const QString& layout : QStringList{"frame", "logrecord", "logconfig", "globallock"}) {
             for (const QString& arch : kArchitectures)
                 QTest::newRow(qPrintable(layout + "/" + arch)) << layout << arch;
         }
@@ -129,6 +130,26 @@ private slots:
         QCOMPARE(bytes.mid(8 + 2 * 16), QByteArray(bytes.size() - 8 - 2 * 16, '\0'));
         // The label word is the first four characters in memory order.
         QCOMPARE(bytes.mid(8, 4), QByteArray("tgui"));
+    }
+
+    // Each architecture's segment, put into a fresh segment, is what this
+    // build's lock reads; a cleared flag reads as unlocked.
+    void readGlobalLock_data() { readFrame_data(); }
+    void readGlobalLock()
+    {
+        QFETCH(QString, arch);
+        const QByteArray bytes = golden("globallock", arch);
+        QCOMPARE(bytes.size(), int(sizeof(TavoGlobalLockSegmentT)));
+        QCOMPARE(bytes, QByteArray(1, '\x01') + QByteArray(15, '\0'));
+        const QString name = wiresamples::globalLockName() + "-" + arch;
+        QSharedMemory segment(name);
+        QVERIFY2(segment.create(bytes.size()), qPrintable(segment.errorString()));
+        memcpy(segment.data(), bytes.constData(), size_t(bytes.size()));
+        CTavoGlobalLock lock(name);
+        QVERIFY(lock.isValid());
+        QVERIFY(lock.locked());
+        static_cast<char*>(segment.data())[0] = 0;
+        QVERIFY(!lock.locked());
     }
 };
 
