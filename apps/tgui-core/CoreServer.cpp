@@ -294,7 +294,8 @@ int CoreServer::maskOf(const QString& word) const
 void CoreServer::startPeer(const QString& peer, const QString& arguments)
 {
     auto* child = new QProcess(this);
-    child->setProgram(QCoreApplication::applicationDirPath() + QStringLiteral("/tgui-") + peer);
+    const QString dir = m_programDir.isEmpty() ? QCoreApplication::applicationDirPath() : m_programDir;
+    child->setProgram(dir + QStringLiteral("/tgui-") + peer);
     child->setArguments(QProcess::splitCommand(arguments)
                         + QStringList{QStringLiteral("--server"), QStringLiteral("127.0.0.1"), QStringLiteral("--port"),
                                       QString::number(serverPort()), QStringLiteral("--exit-with-parent")});

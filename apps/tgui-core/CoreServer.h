@@ -27,6 +27,8 @@ public:
     // Lines of a scenario; played once the server listens.
     bool loadScenario(const QString& path, QString* error);
     void startScenario();
+    // Where "start" finds its tgui-<peer> programs; empty: beside this program.
+    void setProgramDir(const QString& dir) { m_programDir = dir; }
 
     // Sends one frame from the core to every registered peer in mask.
     int sendToMask(int mask, const QByteArray& payload, GuiAppsMsgTypeT type);
@@ -55,7 +57,7 @@ private:
     void onEventSeen(const QString& line);
     void step();
     int maskOf(const QString& word) const;
-    // "start <peer> [arguments]": runs tgui-<peer> beside this program, linked to this core.
+    // "start <peer> [arguments]": runs tgui-<peer> from the program folder, linked to this core.
     void startPeer(const QString& peer, const QString& arguments);
 
     QList<Peer*> m_peers;
@@ -71,4 +73,5 @@ private:
     QString m_expecting;       // substring for "expect"
     QTimer m_waitTimeout;
     QList<QProcess*> m_children;  // peers started by the scenario, stopped with the core
+    QString m_programDir;
 };

@@ -44,7 +44,10 @@ int main(int argc, char** argv)
     QCommandLineOption queueLimit("queue-limit",
                                   "Drop a peer that has more than <bytes> waiting to be written to it "
                                   "(default 33554432).", "bytes");
-    cli.addOptions({port, listen, tls, cert, key, writeCert, scenario, queueLimit});
+    // An emulated build runs its programs through wrappers in another folder.
+    QCommandLineOption programs("programs", "Start a scenario's peers from <dir> (default: beside tgui-core).",
+                                "dir");
+    cli.addOptions({port, listen, tls, cert, key, writeCert, scenario, queueLimit, programs});
     cmdline::parse(cli, QStringLiteral("Simulated core application for TGUILib GUI processes"));
     int portNumber = 10010;
     QHostAddress address(QHostAddress::Any);
@@ -82,6 +85,7 @@ int main(int argc, char** argv)
         }
         server.setTls(certificate, privateKey);
     }
+    server.setProgramDir(cli.value(programs));
     if (cli.isSet(scenario)) {
         QString error;
         if (!server.loadScenario(cli.value(scenario), &error)) {
