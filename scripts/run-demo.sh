@@ -19,7 +19,7 @@ cd "$root/run"
 # zedagui supervises this child (AutoStart in Skins/default.conf) as "./tgui-child".
 ln -sfn "$build/bin/tgui-child" tgui-child
 mkdir -p "$out"
-rm -f "$out"/*.png "$out"/core.log "$out"/zedagui.log "$out"/soapd.log "$out"/dbs.log "$out"/demo.db
+rm -f "$out"/*.png "$out"/ui-report.xml "$out"/core.log "$out"/zedagui.log "$out"/soapd.log "$out"/dbs.log "$out"/demo.db
 
 # The directory's world for the SOAP steps: tgui-soapd (TLS) and two tinyproxy
 # processes in front of it, on free ports of 127.0.0.1, and the proxy script
@@ -71,12 +71,14 @@ stop_net() {
 # The core listens on the port of run/Skins/default.conf. Its lines go to
 # core.log; the events it receives are printed as they come.
 core_fifo="$(mktemp -u)"; mkfifo "$core_fifo"
-"$build/bin/tgui-core" --port 10010 --scenario "$scenario" >"$core_fifo" 2>&1 &
+# Its "report" steps save UI reports there: the final screen's is ui-report.xml.
+"$build/bin/tgui-core" --port 10010 --scenario "$scenario" --report-dir "$out" >"$core_fifo" 2>&1 &
 core=$!
 ( while IFS= read -r line; do
     printf '%s\n' "$line" >>"$out/core.log"
     case "$line" in
       EVENT*) printf 'core received: %s\n' "${line#EVENT }" ;;
+      REPORT*) printf 'core: %s\n' "$line" ;;
       "SCENARIO timeout"*|REJECT*) printf 'core: %s\n' "$line" ;;
     esac
   done <"$core_fifo" ) &
@@ -112,6 +114,7 @@ if [ -z "${DISPLAY:-}" ]; then
   wait "$reader" || true
   echo "screenshots in $out:"
   ls "$out"/*.png
+  [ -s "$out/ui-report.xml" ] && echo "the final screen's UI report: $out/ui-report.xml"
   [ "$status" -eq 0 ] || echo "zedagui ended with exit code $status; see $out/zedagui.log" >&2
 else
   "$build/bin/zedagui" --screenshots "$out" "${directory[@]}" 2>"$out/zedagui.log" || status=$?

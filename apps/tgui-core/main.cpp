@@ -41,7 +41,8 @@ int main(int argc, char** argv)
     QCommandLineOption key("key", "PEM private key for --tls.", "file");
     QCommandLineOption writeCert("write-cert", "Write the generated certificate and key into <dir>.", "dir");
     QCommandLineOption scenario("scenario", "Play the scenario <file>.", "file");
-    cli.addOptions({port, listen, tls, cert, key, writeCert, scenario});
+    QCommandLineOption reportDir("report-dir", "Save the UI reports of \"report\" steps in <dir> (default: here).", "dir");
+    cli.addOptions({port, listen, tls, cert, key, writeCert, scenario, reportDir});
     cli.process(app);
 
     CoreServer server;
@@ -72,6 +73,8 @@ int main(int argc, char** argv)
         }
         server.setTls(certificate, privateKey);
     }
+    if (cli.isSet(reportDir))
+        server.setReportDir(cli.value(reportDir));
     if (cli.isSet(scenario)) {
         QString error;
         if (!server.loadScenario(cli.value(scenario), &error)) {
