@@ -7,7 +7,7 @@
 
 namespace UITA {
 
-enum TavoUITANames {
+enum TavoUITANames : int {
     Type = 0,
     Name,
     Size,

@@ -521,14 +521,16 @@ void CTavoIcon::refreshDom()
 
 QString CTavoIcon::iconIds() const
 {
-    // The icon shown first, then the further numbers of the definition.
+    // The definition's numbers in its order; without any, the one shown.
     QList<int> numbers;
-    if (m_loadedIcon >= 0)
-        numbers.append(m_loadedIcon);
+    if (m_definition.m_iconIndex >= 0)
+        numbers.append(m_definition.m_iconIndex);
     for (int number : m_definition.m_iconIndexes) {
         if (!numbers.contains(number))
             numbers.append(number);
     }
+    if (numbers.isEmpty() && m_loadedIcon >= 0)
+        numbers.append(m_loadedIcon);
     QStringList texts;
     for (int number : qAsConst(numbers)) {
         const int id = mapIconIdToTaRecognizedId(number);
