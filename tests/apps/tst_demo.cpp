@@ -12,6 +12,7 @@
 #include <QSet>
 #include <QTemporaryDir>
 #include <climits>
+#include <functional>
 
 #include "WebPeers.h"
 
@@ -437,12 +438,14 @@ private slots:
         // Everything reported by its name.
         QHash<QString, QDomElement> named;
         QStringList windows;
-        const QDomNodeList all = report.elementsByTagName("*");
-        for (int i = 0; i < all.size(); ++i) {
-            const QDomElement e = all.at(i).toElement();
-            if (!e.attribute("name").isEmpty() && !named.contains(e.attribute("name")))
-                named.insert(e.attribute("name"), e);
-        }
+        const std::function<void(const QDomElement&)> collect = [&](const QDomElement& parent) {
+            for (QDomElement e = parent.firstChildElement(); !e.isNull(); e = e.nextSiblingElement()) {
+                if (!e.attribute("name").isEmpty() && !named.contains(e.attribute("name")))
+                    named.insert(e.attribute("name"), e);
+                collect(e);
+            }
+        };
+        collect(root);
         for (QDomElement e = root.firstChildElement(); !e.isNull(); e = e.nextSiblingElement())
             windows << e.attribute("name");
         // The meeting screen is up; the home screen it covers is left out.
