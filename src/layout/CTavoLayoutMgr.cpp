@@ -997,10 +997,9 @@ void CTavoLayoutMgr::handleShutdown(int exitCode)
 
 void CTavoLayoutMgr::collectAndDumpUiXml(bool flag)
 {
-    if (!tavoToolGetTestAutomationFlag()) {
-        guiLog(4, "collectAndDumpUiXml: test automation is off");
+    // Off, the report costs nothing: not even a log line.
+    if (!tavoToolGetTestAutomationFlag())
         return;
-    }
     m_uiDocument.clear();
     updateCallSoftkeys();
     using UITA::CTavoUITA;
@@ -1052,10 +1051,8 @@ void CTavoLayoutMgr::collectAndDumpUiXml(bool flag)
 
 void CTavoLayoutMgr::handleTAReportMemshowCommand()
 {
-    if (!tavoToolGetTestAutomationFlag()) {
-        guiLog(4, "handleTAReportMemshowCommand: test automation is off");
+    if (!tavoToolGetTestAutomationFlag())
         return;
-    }
     tavoToolsReportMemshow(QCoreApplication::applicationName(), getMallocInformation());
 }
 
