@@ -93,6 +93,8 @@ void CZedaGui::initWidgets()
 {
     CTavoStyleSheetFile* skin = styleSheetFile();
     m_home = new CZedaHomeScreen(this);
+    // The boot screen comes first; the home screen's web paragraph after it.
+    m_home->holdBackIntro(true);
     m_softkeys = new CZedaSoftkeyBar(this);
     m_childWidgets.insert(HomeScreen, m_home);
     m_childWidgets.insert(SoftkeyBar, m_softkeys);
@@ -191,6 +193,7 @@ void CZedaGui::leaveBootScreen()
     if (m_booted)
         return;
     m_booted = true;
+    m_home->holdBackIntro(false);
     setUseBootingBackground(false);
     m_current = m_home;
     m_home->Show(false);
@@ -450,6 +453,11 @@ void CZedaGui::paintEvent(QPaintEvent* event)
     if (!m_painted) {
         m_painted = true;
         emit firstFramePainted();
+        // What the first frame did not need is done once it is out.
+        QTimer::singleShot(0, this, [this] {
+            if (m_home)
+                m_home->holdBackIntro(false);
+        });
         if (isAppConnected(GuiAppsDbs))
             QTimer::singleShot(0, this, &CZedaGui::watchContacts);
     }
