@@ -565,7 +565,8 @@ void CTavoButton::refreshDom()
             value = m_labelWidget->text();
             break;
         case UITA::AltLabel:
-            value = m_altLabelWidget->text();
+            // Made on first use: a button without one has nothing to tell.
+            value = m_altLabelWidget ? m_altLabelWidget->text() : QString();
             break;
         case UITA::ActionReleased:
             value = m_settings.m_clickUrl;
