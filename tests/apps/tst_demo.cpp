@@ -6,11 +6,13 @@
 // scenario changed it, and only there.
 #include <QtTest>
 
+#include <QDomDocument>
 #include <QImage>
 #include <QProcess>
 #include <QSet>
 #include <QTemporaryDir>
 #include <climits>
+#include <functional>
 
 #include "WebPeers.h"
 
@@ -143,7 +145,7 @@ private slots:
         env.insert("TGUI_DEMO_PROXY_PID", QString::number(m_proxy1.pid()));
         core.setProcessEnvironment(env);
         core.start(kBinDir + "/tgui-core", {"--port", "0", "--listen", "127.0.0.1", "--scenario",
-                                            kRunDir + "/scenarios/demo.txt"});
+                                            kRunDir + "/scenarios/demo.txt", "--report-dir", m_dir.path()});
         QVERIFY(core.waitForStarted());
         QVERIFY(core.waitForReadyRead(20000));
         const QByteArray first = core.readLine().trimmed();
@@ -422,6 +424,49 @@ private slots:
         }
         // Mid-swipe the tiles stood between the pages.
         QVERIFY(diffBox(step("calls-back-home"), step("home-swipe"), QRect(0, 0, 800, 40)).width() > 600);
+    }
+
+    // Test automation's view: the core waited until the report showed the French
+    // title, and saved the final screen's report, which agrees with its pixels.
+    void screensByTheirReport()
+    {
+        QVERIFY2(m_coreOut.contains("REPORT zedagui shows title label=Accueil"), qPrintable(m_coreOut.right(3000)));
+        QVERIFY(m_coreOut.contains(QRegularExpression("UIREPORT zedagui bytes=\\d+")));
+        QFile file(m_dir.filePath("ui-report.xml"));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QDomDocument report;
+        QVERIFY(report.setContent(&file));
+        const QDomElement root = report.documentElement();
+        QCOMPARE(root.tagName() + " " + root.attribute("name") + " " + root.attribute("type"),
+                 QStringLiteral("window zedagui CZedaGui"));
+        // Everything reported by its name.
+        QHash<QString, QDomElement> named;
+        QStringList windows;
+        const std::function<void(const QDomElement&)> collect = [&](const QDomElement& parent) {
+            for (QDomElement e = parent.firstChildElement(); !e.isNull(); e = e.nextSiblingElement()) {
+                if (!e.attribute("name").isEmpty() && !named.contains(e.attribute("name")))
+                    named.insert(e.attribute("name"), e);
+                collect(e);
+            }
+        };
+        collect(root);
+        for (QDomElement e = root.firstChildElement(); !e.isNull(); e = e.nextSiblingElement())
+            windows << e.attribute("name");
+        // The meeting screen is up; the home screen it covers is left out.
+        QVERIFY2(windows.contains("meeting") && !windows.contains("home"), qPrintable(windows.join(",")));
+        QCOMPARE(named.value("meeting-title").attribute("label"), QStringLiteral("Meeting details"));
+        const QDomElement child = named.value("child-state");
+        QVERIFY2(child.attribute("label").contains("running, run 2"), qPrintable(child.attribute("label")));
+        // Where the child's line changed on the screen is where the report puts it.
+        const QStringList pos = child.attribute("pos").split(':');
+        const QStringList size = child.attribute("size").split('x');
+        QCOMPARE(pos.size() + size.size(), 4);
+        const QRect line(pos[0].toInt(), pos[1].toInt(), size[0].toInt(), size[1].toInt());
+        const QRect changed = diffBox(step("child-stopped"), step("child-restarted"));
+        QVERIFY(!changed.isEmpty());
+        QVERIFY2(line.adjusted(-2, -2, 2, 2).contains(changed),
+                 qPrintable(QString("%1,%2 %3x%4 in %5").arg(changed.x()).arg(changed.y()).arg(changed.width())
+                                .arg(changed.height()).arg(child.attribute("pos") + " " + child.attribute("size"))));
     }
 
     void screenshotsChangeWhereTheScenarioChangedTheScreen()
