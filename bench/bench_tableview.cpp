@@ -207,7 +207,7 @@ Figures runOurs(quint16 port, int rows)
         if (requested)
             paint();
         const QRect seen = list->visibleRect();
-        for (int i = qMax(0, seen.top() / kRowH); i <= seen.bottom() / kRowH && i < int(painted.size()); ++i)
+        for (int i = qMax(0, seen.top() / kRowH); i <= seen.bottom() / kRowH && i < rows; ++i)
             painted[size_t(i)] = 1;
     };
 
@@ -237,6 +237,8 @@ Figures runOurs(quint16 port, int rows)
         f.placeholderBytes = double(g_liveBytes.load() - base) / rows;
         Q_UNUSED(freed);
     }
+    const int initBefore = view.initCount();
+    const long long bytesBeforeRows = g_liveBytes.load();
     paint();
     paint();
 
@@ -256,10 +258,11 @@ Figures runOurs(quint16 port, int rows)
     }
     f.steadyFps = frames * 1e9 / double(timer.nsecsElapsed());
     f.allocationsPerFrame = double(g_allocations.load() - allocations) / qMax(1, frames);
+    // What the row widgets that now exist hold, the placeholders they replaced
+    // still waiting for their deletion.
+    f.builtBytes = double(g_liveBytes.load() - bytesBeforeRows) / qMax(1, view.builtRows());
 
-    // The fling to the end; what the rows built on the way hold.
-    const int builtBefore = view.builtRows();
-    const long long bytesBefore = g_liveBytes.load();
+    // The fling to the end.
     list->setMaxSpeed(kFlingSpeed);
     list->setTargetOffset(list->maxOffset(), true, 0.0f, true);
     frames = 0;
@@ -270,8 +273,7 @@ Figures runOurs(quint16 port, int rows)
     }
     f.flingFps = frames * 1e9 / double(timer.nsecsElapsed());
     f.flingFrames = frames;
-    f.builtBytes = double(g_liveBytes.load() - bytesBefore) / qMax(1, view.builtRows() - builtBefore);
-    f.built = view.builtRows();
+    f.built = view.initCount() - initBefore;
     f.painted = long(std::count(painted.begin(), painted.end(), 1));
 
     // A burst of 100 inserts through the peer: refreshes that place the list anew.
@@ -447,6 +449,12 @@ int main(int argc, char** argv)
     std::printf("bench_tableview: %d rows of 10 columns through tgui-dbs (--batch-size 500), 3 shown, rows of %d px"
                 " on %dx%d\n",
                 rows, kRowH, kScreenW, kScreenH);
+    {
+        // The peer's first reading of the file is no side's cost.
+        Gui warm(port, "browser");
+        CTavoDbTable* table = warm.db.subscribeToTable("contacts");
+        waitUntil([&] { return table && table->rowCount() == rows; });
+    }
     const Figures ours = runOurs(port, rows);
     const int flingMs = qMax(1000, int(ours.flingFrames * 1000.0 / qMax(1.0, ours.flingFps)));
     const Figures cached = runTableOnCached(port, rows, driver, flingMs);
@@ -470,7 +478,7 @@ int main(int argc, char** argv)
     std::printf("%-44s%12.1f MB if every row were built, %.1f MB as placeholders\n", "",
                 ours.builtBytes * rows / 1e6, ours.placeholderBytes * rows / 1e6);
 #endif
-    std::printf("%-44s%12ld\n", "row widgets built after the fling", ours.built);
+    std::printf("%-44s%12ld\n", "rows built (made or reused) by the fling", ours.built);
     std::printf("%-44s%12ld   (%s)\n", "rows painted", ours.painted, ours.built == ours.painted ? "equal" : "DIFFERENT");
     std::printf("%-44s%12d   (expected 1)\n", "refreshes for a burst of 100 inserts", ours.burstRefreshes);
     std::printf("\ntarget: first frame and fling frame rate at least as good as QTableView's, 0 allocations per"

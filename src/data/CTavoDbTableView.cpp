@@ -113,6 +113,8 @@ void CTavoDbTableView::reset()
     for (CTavoObject* item : qAsConst(m_items))
         deleteItem(item);
     m_items.clear();
+    m_pool.clear();
+    m_poolHead = 0;
     const int rows = m_model ? m_model->rowCount() : 0;
     m_items.reserve(rows);
     for (int row = 0; row < rows; ++row) {
@@ -168,6 +170,16 @@ void CTavoDbTableView::deleteItem(CTavoObject* item)
 {
     if (!item)
         return;
+    if (auto* row = qobject_cast<CTavoDbTableRowWidget*>(item)) {
+        const int at = m_pool.indexOf(row);
+        if (at >= 0) {
+            m_pool.remove(at);
+            if (m_poolHead > at)
+                --m_poolHead;
+            if (m_poolHead >= m_pool.size())
+                m_poolHead = 0;
+        }
+    }
     if (item == m_lastInserted)
         m_lastInserted = nullptr;
     // Hidden at once: it may be painted or pressed until it goes.
@@ -205,23 +217,81 @@ void CTavoDbTableView::initializeItem(CTavoObject* object)
     // Without filters the list is in table order: try the same place first.
     int itemIndex = (viewIndex < m_items.size() && m_items.at(viewIndex) == object) ? viewIndex
                                                                                    : m_items.indexOf(object);
-    CTavoDbTableRowWidget* row = createRowWidget(object->rowId());
+    const QRect place = object->rect();
+    const bool focused = object->isFocused();
+    const unsigned long long id = object->rowId();
+    // A long list reuses the row built longest ago: its place takes this
+    // placeholder, so that no object is made or deleted.
+    CTavoDbTableRowWidget* row = recycleRow(object);
+    const bool reused = row != nullptr;
+    if (reused) {
+        row->setRowId(id);
+        row->setFocused(false);
+    } else {
+        row = createRowWidget(id);
+    }
     row->setInitialized(true);
-    row->setSize(object->size());
-    row->move(object->left(), object->top());
+    row->setSize(place.size());
+    row->move(place.left(), place.top());
     m_view->replace(viewIndex, row);
     if (itemIndex >= 0)
         m_items[itemIndex] = row;
     if (m_lastInserted == object)
         m_lastInserted = row;
-    if (object->isFocused())
+    if (focused)
         row->setFocused(true);
-    object->setVisible(false);
-    object->deleteLater();
+    if (m_pool.size() < m_poolSize) {
+        m_pool.append(row);
+    } else {
+        m_pool[m_poolHead] = row;
+        m_poolHead = (m_poolHead + 1) % m_pool.size();
+    }
+    if (!reused) {
+        object->setVisible(false);
+        object->deleteLater();
+    }
     // Built during a paint that skipped it: it shows in the next one.
     row->update();
     emit viewUpdated(ReasonDataChanged);
     ++m_initCount;
+}
+
+CTavoDbTableRowWidget* CTavoDbTableView::recycleRow(CTavoObject* placeholder)
+{
+    if (m_pool.size() < m_poolSize)
+        return nullptr;
+    CTavoDbTableRowWidget* row = m_pool.at(m_poolHead);
+    const QRect visible = m_view->visibleRect();
+    if (!row || row->isFocused() || row->isDown() || m_view->pressedItem() == row || row->intersects(visible))
+        return nullptr;
+    const int viewIndex = indexInList(m_view->items(), row);
+    const int itemIndex = m_items.indexOf(row);
+    if (itemIndex < 0)
+        return nullptr;
+    // The placeholder stands in for the row where the row was.
+    static_cast<QRect&>(*placeholder) = row->rect();
+    placeholder->setFocused(false);
+    placeholder->setVisible(row->isVisible());
+    placeholder->setRowId(row->rowId());
+    placeholder->setInitialized(false);
+    if (viewIndex >= 0)
+        m_view->replace(viewIndex, placeholder);
+    m_items[itemIndex] = placeholder;
+    if (m_lastInserted == row)
+        m_lastInserted = placeholder;
+    return row;
+}
+
+int CTavoDbTableView::indexInList(const QVector<CTavoObject*>& list, const CTavoObject* item) const
+{
+    // Rows of one height stand at top / height in a list placed from the top.
+    const int step = item->height() + m_view->itemGap();
+    if (step > 0) {
+        const int guess = (item->top() - m_view->contentRect().top()) / step;
+        if (guess >= 0 && guess < list.size() && list.at(guess) == item)
+            return guess;
+    }
+    return list.indexOf(const_cast<CTavoObject*>(item));
 }
 
 // --- filtering -------------------------------------------------------------------

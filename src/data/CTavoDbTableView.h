@@ -82,6 +82,10 @@ public:
     const QVector<unsigned long long>& viewMap() const { return m_viewMap; }
     const QList<CTavoObject*>& items() const { return m_items; }
     int initCount() const { return m_initCount; }
+    // Row widgets kept at most before the one built longest ago, out of view,
+    // becomes the next row asked for (its old place gets a placeholder again).
+    void setRowPoolSize(int rows) { m_poolSize = qMax(1, rows); }
+    int rowPoolSize() const { return m_poolSize; }
     // Row widgets that exist now.
     int builtRows() const;
     bool isRefreshPending() const { return m_filterTimer.isActive(); }
@@ -122,6 +126,10 @@ protected:
     void formatView(bool fromTop);
     void rebuildConverters();
     void deleteItem(CTavoObject* item);
+    // The row built longest ago if it can serve another row, its place given
+    // to `placeholder`; null if there is none to spare.
+    CTavoDbTableRowWidget* recycleRow(CTavoObject* placeholder);
+    int indexInList(const QVector<CTavoObject*>& list, const CTavoObject* item) const;
     void placeInfo();
 
     CTavoView* m_view;
@@ -146,5 +154,9 @@ private:
     QMap<int, ValueConverter> m_mockers;
     // What the rows use: the value converters with the mockers over them.
     QMap<int, ValueConverter> m_converters;
+    // Rows built from placeholders, in the order built (a ring from m_poolHead).
+    QVector<CTavoDbTableRowWidget*> m_pool;
+    int m_poolHead = 0;
+    int m_poolSize = 64;
 };
 

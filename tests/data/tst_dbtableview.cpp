@@ -309,6 +309,28 @@ private slots:
         QTest::ignoreMessage(QtDebugMsg, "CTavoDbTableView: table row 99 is not in the list");
         view->focusTableRow(99);
         QCOMPARE(view->view()->focusedIndex(), 20);
+
+        // With a pool of six, the rows built longest ago serve the next ones:
+        // no more widgets, every item still shows its own row.
+        const int built = view->builtRows();
+        view->setRowPoolSize(6);
+        view->view()->setScrollOffsetAndState(QPoint(0, 1100));
+        shot(view);
+        QVERIFY(view->builtRows() <= built);
+        for (int i = 22; i < 28; ++i) {
+            QVERIFY(qobject_cast<CTavoDbTableRowWidget*>(view->items().at(i)));
+            QCOMPARE(labelText(view->items().at(i), "name"), QString("name %1").arg(i + 1));
+        }
+        for (int i = 0; i < 40; ++i) {
+            CTavoObject* item = view->items().at(i);
+            QCOMPARE(qint64(item->rowId()), view->model()->rowId(i));
+            QCOMPARE(item->top(), 50 * i);
+            QCOMPARE(view->view()->itemAt(i), item);
+        }
+        QVERIFY(view->items().at(20)->isFocused());
+        view->view()->setScrollOffsetAndState(QPoint(0, 0));
+        shot(view);
+        QCOMPARE(labelText(view->items().at(0), "name"), QStringLiteral("name 1"));
     }
 
     void convertersMockersAndUnknownClasses()
