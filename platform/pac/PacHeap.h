@@ -16,6 +16,9 @@ struct PacHeap {
     timespec deadline{};
     double fixedNow = -1.0;  // ms since 1970 for the date helpers; < 0: the system clock
     bool armed = false;      // the heap exists: its last freed block releases this record
+    // Why the last allocation was refused, to name the cause when Duktape can only
+    // say "DoubleError" (its error object could not be made either).
+    enum Refusal { None, Limit, Deadline } refused = None;
     std::string lastError;
 };
 

@@ -58,9 +58,14 @@ long allocationGraceMs(const PacHeap* heap)
 void* pacAlloc(void* udata, duk_size_t size)
 {
     auto* heap = static_cast<PacHeap*>(udata);
-    if (size > heap->limit || heap->used > heap->limit - size
-        || pastDeadline(heap, allocationGraceMs(heap)))
+    if (size > heap->limit || heap->used > heap->limit - size) {
+        heap->refused = PacHeap::Limit;
         return nullptr;
+    }
+    if (pastDeadline(heap, allocationGraceMs(heap))) {
+        heap->refused = PacHeap::Deadline;
+        return nullptr;
+    }
     auto* block = static_cast<BlockHeader*>(std::malloc(kHeader + size));
     if (!block)
         return nullptr;
@@ -95,9 +100,14 @@ void* pacRealloc(void* udata, void* ptr, duk_size_t size)
         pacFree(udata, ptr);
         return nullptr;
     }
-    if (size > old && (size - old > heap->limit || heap->used > heap->limit - (size - old)
-                         || pastDeadline(heap, allocationGraceMs(heap))))
+    if (size > old && (size - old > heap->limit || heap->used > heap->limit - (size - old))) {
+        heap->refused = PacHeap::Limit;
         return nullptr;
+    }
+    if (size > old && pastDeadline(heap, allocationGraceMs(heap))) {
+        heap->refused = PacHeap::Deadline;
+        return nullptr;
+    }
     auto* grown = static_cast<BlockHeader*>(std::realloc(block, kHeader + size));
     if (!grown)
         return nullptr;
@@ -124,6 +134,7 @@ void startClock(PacHeap* heap)
         heap->deadline.tv_nsec -= 1000000000L;
     }
     heap->running = true;
+    heap->refused = PacHeap::None;
 }
 
 // Keeps the error value's text and drops it from the stack.
@@ -135,6 +146,9 @@ void takeError(duk_context* ctx, PacHeap* heap)
     heap->limit += headroom;
     const char* text = duk_safe_to_string(ctx, -1);
     heap->lastError = text && *text ? text : "error";
+    if (heap->lastError.rfind("DoubleError", 0) == 0 && heap->refused != PacHeap::None)
+        heap->lastError += heap->refused == PacHeap::Limit ? " (alloc failed: the heap limit)"
+                                                           : " (alloc failed: timeout)";
     duk_pop(ctx);
     heap->limit -= headroom;
 }
