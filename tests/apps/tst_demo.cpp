@@ -420,6 +420,8 @@ private slots:
         }
         auto at = [&](const char* shot, const char* key) { return facts.value(shot).value(key); };
         QVERIFY2(facts.contains("contacts-list"), qPrintable(m_guiOut));
+        // The tile opened the list.
+        QCOMPARE(at("contacts-opened", "rows"), QString("13"));
         // Thirteen contacts, of which only those in view were built, the first focused.
         QCOMPARE(at("contacts-list", "rows"), QString("13"));
         QVERIFY(at("contacts-list", "built").toInt() >= 6 && at("contacts-list", "built").toInt() < 13);
