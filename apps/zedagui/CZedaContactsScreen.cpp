@@ -119,6 +119,12 @@ void CZedaContactsScreen::retranslateUi()
 
 void CZedaContactsScreen::refreshCount()
 {
+    // A focused new row may scroll the list past its end: the last rows stay at the bottom.
+    CTavoView* view = m_list->view();
+    const int bottom = qMax(0, view->contentSize().height() + view->bottomSpace() + view->contentExtra()
+                                   - view->contentRect().height());
+    if (view->scrollOffset().y() > bottom)
+        view->setScrollOffsetAndState(QPoint(0, bottom));
     const int rows = m_list->getNumOfItems();
     m_count->setText(text(QT_TRANSLATE_NOOP("CZedaContactsScreen", "%1 contacts")).arg(rows));
 }
