@@ -8,6 +8,7 @@
 
 std::atomic<long long> g_allocations{0};
 std::atomic<long long> g_liveBytes{0};
+std::atomic<BenchAllocHook> g_allocHook{nullptr};
 
 QFont benchFont(int pixelSize)
 {
@@ -26,18 +27,36 @@ void* __libc_realloc(void*, size_t);
 void* __libc_memalign(size_t, size_t);
 void __libc_free(void*);
 
+// The hook may allocate; what it allocates is not reported to it again.
+static thread_local bool t_inHook = false;
+
+static void callHook(void* p, long long bytes, bool allocated)
+{
+    BenchAllocHook hook = g_allocHook.load(std::memory_order_relaxed);
+    if (!hook || t_inHook)
+        return;
+    t_inHook = true;
+    hook(p, bytes, allocated);
+    t_inHook = false;
+}
+
 static void noteAlloc(void* p)
 {
     if (p) {
+        const long long bytes = static_cast<long long>(malloc_usable_size(p));
         g_allocations.fetch_add(1, std::memory_order_relaxed);
-        g_liveBytes.fetch_add(static_cast<long long>(malloc_usable_size(p)), std::memory_order_relaxed);
+        g_liveBytes.fetch_add(bytes, std::memory_order_relaxed);
+        callHook(p, bytes, true);
     }
 }
 
 static void noteFree(void* p)
 {
-    if (p)
-        g_liveBytes.fetch_sub(static_cast<long long>(malloc_usable_size(p)), std::memory_order_relaxed);
+    if (p) {
+        const long long bytes = static_cast<long long>(malloc_usable_size(p));
+        g_liveBytes.fetch_sub(bytes, std::memory_order_relaxed);
+        callHook(p, bytes, false);
+    }
 }
 
 void* malloc(size_t size)
@@ -59,11 +78,12 @@ void* realloc(void* old, size_t size)
     noteFree(old);
     void* p = __libc_realloc(old, size);
     if (p) {
-        g_allocations.fetch_add(1, std::memory_order_relaxed);
-        g_liveBytes.fetch_add(static_cast<long long>(malloc_usable_size(p)), std::memory_order_relaxed);
+        noteAlloc(p);
     } else if (old && size != 0) {
         // The old block survives a failed realloc.
-        g_liveBytes.fetch_add(static_cast<long long>(malloc_usable_size(old)), std::memory_order_relaxed);
+        const long long bytes = static_cast<long long>(malloc_usable_size(old));
+        g_liveBytes.fetch_add(bytes, std::memory_order_relaxed);
+        callHook(old, bytes, true);
     }
     return p;
 }

@@ -18,6 +18,12 @@
 extern std::atomic<long long> g_allocations;  // blocks handed out so far
 extern std::atomic<long long> g_liveBytes;    // usable bytes currently held
 
+// Called for every block handed out (allocated true) and given back, with its
+// usable size, when set; never for the hook's own allocations. For benchmarks
+// that attribute the heap to its users (bench_footprint).
+typedef void (*BenchAllocHook)(void* block, long long bytes, bool allocated);
+extern std::atomic<BenchAllocHook> g_allocHook;
+
 // Frames per second and heap allocations per frame of `frame`, after `warm`
 // frames that fill the caches.
 struct BenchRun

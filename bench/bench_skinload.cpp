@@ -90,7 +90,7 @@ int main(int argc, char** argv)
         f.open(QIODevice::WriteOnly);
         f.write(generateSkin());
     }
-    const int rounds = 5;
+    const int rounds = 15;
     qint64 bestExpat = -1, bestFile = -1, bestSheet = -1;
     for (int r = 0; r < rounds; ++r) {
         QElapsedTimer t;

@@ -6,10 +6,26 @@ if(TGUI_WERROR)
   target_compile_options(tgui_warnings INTERFACE -Werror)
 endif()
 
+# Kept in variables as well: a program built elsewhere against this tree's
+# library (the install test) needs the same instrumentation.
+set(TGUI_SANITIZE_COMPILE_FLAGS)
+set(TGUI_SANITIZE_LINK_FLAGS)
 if(TGUI_SANITIZE)
-  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined
-                      -fno-omit-frame-pointer)
-  add_link_options(-fsanitize=address,undefined)
+  set(TGUI_SANITIZE_COMPILE_FLAGS -fsanitize=address,undefined -fno-sanitize-recover=undefined
+                                  -fno-omit-frame-pointer)
+  set(TGUI_SANITIZE_LINK_FLAGS -fsanitize=address,undefined)
+  add_compile_options(${TGUI_SANITIZE_COMPILE_FLAGS})
+  add_link_options(${TGUI_SANITIZE_LINK_FLAGS})
+endif()
+
+if(TGUI_TSAN)
+  if(TGUI_SANITIZE)
+    message(FATAL_ERROR "TGUI_TSAN and TGUI_SANITIZE exclude each other")
+  endif()
+  set(TGUI_SANITIZE_COMPILE_FLAGS -fsanitize=thread -fno-omit-frame-pointer)
+  set(TGUI_SANITIZE_LINK_FLAGS -fsanitize=thread)
+  add_compile_options(${TGUI_SANITIZE_COMPILE_FLAGS})
+  add_link_options(${TGUI_SANITIZE_LINK_FLAGS})
 endif()
 
 if(TGUI_FUZZ)
@@ -44,11 +60,17 @@ function(tgui_platform_library name)
   set_target_properties(${name} PROPERTIES TGUI_PUBLIC_HEADERS "${P_HEADERS};${gen}/${name}_export.h")
 endfunction()
 
-# Adds every sub-folder of DIR that has its own CMakeLists.txt.
+# Adds every sub-folder of DIR that has its own CMakeLists.txt, but for the
+# folders named after EXCLUDE.
 function(tgui_add_subdirs dir)
+  cmake_parse_arguments(S "" "" "EXCLUDE" ${ARGN})
   file(GLOB children LIST_DIRECTORIES true "${CMAKE_CURRENT_SOURCE_DIR}/${dir}/*")
   list(SORT children)
   foreach(child IN LISTS children)
+    get_filename_component(child_name "${child}" NAME)
+    if(child_name IN_LIST S_EXCLUDE)
+      continue()
+    endif()
     if(IS_DIRECTORY "${child}" AND EXISTS "${child}/CMakeLists.txt")
       add_subdirectory("${child}")
     endif()
@@ -62,13 +84,14 @@ set(TGUI_TEST_ENV
     "TGUI_BIN_DIR=${PROJECT_BINARY_DIR}/bin"
     "ASAN_OPTIONS=detect_leaks=1:abort_on_error=1:strict_string_checks=1:detect_stack_use_after_return=0"
     "UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1"
-    "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0")
+    "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0"
+    "TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1:suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp")
 
 # One QtTest executable per source file: tgui_add_qtest(NAME src... [LIBS lib...] [TIMEOUT s])
 function(tgui_add_qtest name)
   cmake_parse_arguments(T "" "TIMEOUT" "LIBS" ${ARGN})
   add_executable(${name} ${T_UNPARSED_ARGUMENTS})
-  target_link_libraries(${name} PRIVATE TGUILib Qt5::Test tgui_warnings ${T_LIBS})
+  target_link_libraries(${name} PRIVATE TGUILib tgui_testsupport Qt5::Test tgui_warnings ${T_LIBS})
   target_compile_definitions(${name} PRIVATE
       TGUI_SOURCE_DIR="${PROJECT_SOURCE_DIR}" TGUI_BIN_DIR="${PROJECT_BINARY_DIR}/bin")
   add_test(NAME ${name} COMMAND ${name})
@@ -102,7 +125,8 @@ function(tgui_add_fuzzer name)
 endfunction()
 
 # Every tst_*.cpp in the calling folder becomes tst_<folder>_<name>, linked with
-# the library and LIBS; helper sources shared by the folder's tests go in HELPERS.
+# the library, the test-support library (tests/support) and LIBS; helper
+# sources of this folder's tests alone go in HELPERS.
 function(tgui_add_tests_in_dir)
   cmake_parse_arguments(D "" "" "LIBS;HELPERS" ${ARGN})
   get_filename_component(module "${CMAKE_CURRENT_SOURCE_DIR}" NAME)

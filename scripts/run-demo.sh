@@ -4,7 +4,9 @@
 # made afresh by run/db/demo.sql. Without DISPLAY it runs headless on Qt's offscreen
 # platform, writes a screenshot after each scenario step into out/screens/,
 # prints each event the core receives and ends by itself; with a DISPLAY it
-# opens the window and runs until it is closed.
+# opens the window and runs until it is closed. The core takes a free port and
+# zedagui runs in a temporary copy of run/ that names it, so several runs (with
+# their own TGUI_DEMO_OUT) may go side by side.
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 bash "$root/scripts/setup.sh"
@@ -15,20 +17,49 @@ cmake --build "$build" --target zedagui tgui-core tgui-soapd tgui-child tgui-dbs
 
 out="${TGUI_DEMO_OUT:-$root/out/screens}"
 scenario="${TGUI_DEMO_SCENARIO:-scenarios/demo.txt}"
-cd "$root/run"
+mkdir -p "$out"
+out="$(cd "$out" && pwd)"
+rm -f "$out"/*.png "$out"/core.log "$out"/zedagui.log "$out"/soapd.log "$out"/dbs.log "$out"/demo.db
+
+# A run folder of its own, so that runs side by side do not meet: links to
+# everything in run/ but Skins/default.conf, which names this run's core port.
+rundir="$(mktemp -d "${TMPDIR:-/tmp}/tgui-demo.XXXXXX")"
+core=""
+dbs=""
+soapd=""
+net=""
+stop_net() {
+  kill "$soapd" "$(cat "$net/proxy1.pid" 2>/dev/null)" "$(cat "$net/proxy2.pid" 2>/dev/null)" 2>/dev/null || true
+  cp "$net/soapd.log" "$out/soapd.log" 2>/dev/null || true
+  rm -rf "$net"
+}
+
+cleanup() {
+  if [ -n "$core" ]; then kill "$core" 2>/dev/null || true; fi
+  if [ -n "$dbs" ]; then kill "$dbs" 2>/dev/null || true; fi
+  if [ -n "$net" ]; then stop_net; fi
+  rm -rf "$rundir"
+}
+trap cleanup EXIT
+for entry in "$root/run"/*; do
+  [ "$(basename "$entry")" = Skins ] || ln -s "$entry" "$rundir/"
+done
+mkdir "$rundir/Skins"
+for entry in "$root/run/Skins"/*; do
+  [ "$(basename "$entry")" = default.conf ] || ln -s "$entry" "$rundir/Skins/"
+done
+cd "$rundir"
 # zedagui supervises this child (AutoStart in Skins/default.conf) as "./tgui-child".
 ln -sfn "$build/bin/tgui-child" tgui-child
-mkdir -p "$out"
-rm -f "$out"/*.png "$out"/core.log "$out"/zedagui.log "$out"/soapd.log "$out"/dbs.log "$out"/demo.db
 
 # The directory's world for the SOAP steps: tgui-soapd (TLS) and two tinyproxy
 # processes in front of it, on free ports of 127.0.0.1, and the proxy script
 # that names both. The scenario stops the first proxy ($TGUI_DEMO_PROXY_PID).
-net="$(mktemp -d)"
+net="$rundir/net"; mkdir "$net"
 "$build/bin/tgui-soapd" --tls --port 0 >"$net/soapd.log" 2>&1 &
 soapd=$!
 for _ in $(seq 50); do grep -q '^LISTENING' "$net/soapd.log" 2>/dev/null && break; sleep 0.1; done
-soapd_port="$(sed -n 's/^LISTENING \([0-9]*\).*/\1/p' "$net/soapd.log")"
+soapd_port="$(sed -n 's/^LISTENING \([0-9]*\).*/\1/p' "$net/soapd.log" || true)"
 free_port() {  # a port of 127.0.0.1 that nothing answers on
   local p
   while :; do
@@ -62,16 +93,10 @@ function FindProxyForURL(url, host) {
 }
 PAC
 export TGUI_DEMO_PROXY_PID="$(cat "$net/proxy1.pid")"
-stop_net() {
-  kill "$soapd" "$(cat "$net/proxy1.pid" 2>/dev/null)" "$(cat "$net/proxy2.pid" 2>/dev/null)" 2>/dev/null || true
-  cp "$net/soapd.log" "$out/soapd.log" 2>/dev/null || true
-  rm -rf "$net"
-}
-
-# The core listens on the port of run/Skins/default.conf. Its lines go to
-# core.log; the events it receives are printed as they come.
-core_fifo="$(mktemp -u)"; mkfifo "$core_fifo"
-"$build/bin/tgui-core" --port 10010 --scenario "$scenario" >"$core_fifo" 2>&1 &
+# The core listens on a free port of the loopback interface and says which.
+# Its lines go to core.log; the events it receives are printed as they come.
+core_fifo="$rundir/.core-output"; mkfifo "$core_fifo"
+"$build/bin/tgui-core" --port 0 --listen 127.0.0.1 --scenario "$scenario" >"$core_fifo" 2>&1 &
 core=$!
 ( while IFS= read -r line; do
     printf '%s\n' "$line" >>"$out/core.log"
@@ -81,19 +106,23 @@ core=$!
     esac
   done <"$core_fifo" ) &
 reader=$!
-dbs=""
-trap 'kill "$core" $dbs 2>/dev/null || true; rm -f "$core_fifo"; stop_net' EXIT
 
-# The core is up once its first line is written.
-for _ in $(seq 50); do [ -s "$out/core.log" ] && break; sleep 0.1; done
-if ! grep -q '^LISTENING' "$out/core.log" 2>/dev/null; then
-  echo "tgui-core did not start (is port 10010 taken?):" >&2
+port=""
+for _ in $(seq 100); do
+  port="$(sed -n 's/^LISTENING \([0-9]*\).*/\1/p' "$out/core.log" 2>/dev/null || true)"
+  [ -n "$port" ] && break
+  kill -0 "$core" 2>/dev/null || break
+  sleep 0.1
+done
+if [ -z "$port" ]; then
+  echo "tgui-core did not start:" >&2
   cat "$out/core.log" >&2 || true
   exit 1
 fi
+sed "s/^ComServerPort=.*/ComServerPort=$port/" "$root/run/Skins/default.conf" >Skins/default.conf
 
 # The database peer registers before zedagui, which then finds "dbs" up.
-"$build/bin/tgui-dbs" --port 10010 --init "$root/run/db/demo.sql" "$out/demo.db" 2>"$out/dbs.log" &
+"$build/bin/tgui-dbs" --port "$port" --init "$root/run/db/demo.sql" "$out/demo.db" 2>"$out/dbs.log" &
 dbs=$!
 for _ in $(seq 100); do grep -q '^REGISTER dbs' "$out/core.log" && break; sleep 0.1; done
 if ! grep -q '^REGISTER dbs' "$out/core.log"; then

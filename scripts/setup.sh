@@ -10,8 +10,10 @@ PACKAGES=(
   qtbase5-dev qtbase5-dev-tools libqt5svg5-dev libqt5webkit5-dev libqt5sql5-sqlite
   # other libraries
   libexpat1-dev duktape-dev libsqlite3-dev libssl-dev openssl ca-certificates
-  # run time: fonts of the sample skin, D-Bus for the QCop replacement
-  fonts-droid-fallback fonts-dejavu-core fonts-open-sans dbus
+  # run time: fonts of the sample skin and the manager's fixed fonts, D-Bus for
+  # the QCop replacement
+  fonts-droid-fallback fonts-dejavu-core fonts-open-sans fonts-motoya-l-maruberi
+  fonts-motoya-l-cedar fonts-noto-core dbus
   # tests: another process writing to the database peer's file
   sqlite3
   # the HTTP proxy of the web services' tests and demo (the program, no service)

@@ -10,6 +10,7 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFile>
+#include <climits>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -17,6 +18,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include "ProgramCommandLine.h"
 #include "supervision/CTavoGlobalLock.h"
 
 namespace {
@@ -36,13 +38,6 @@ void sleepFor(long ms)
         nanosleep(&t, nullptr);
     }
 }
-
-bool toLong(const QString& text, long* value)
-{
-    bool ok = false;
-    *value = text.toLong(&ok);
-    return ok;
-}
 }  // namespace
 
 int main(int argc, char** argv)
@@ -60,12 +55,8 @@ int main(int argc, char** argv)
 
     QCoreApplication app(argc, argv);
     app.setApplicationName(QStringLiteral("tgui-child"));
-    app.setApplicationVersion(QStringLiteral("1.0"));
 
     QCommandLineParser cli;
-    cli.setApplicationDescription(QStringLiteral("A child process on command, for supervision tests and the demo."));
-    cli.addHelpOption();
-    cli.addVersionOption();
     const QCommandLineOption record("record", "Append \"started <pid> <arguments>\" to <file>.", "file");
     const QCommandLineOption print("print", "Write <text> and a newline to standard output.", "text");
     const QCommandLineOption error("error", "Write <text> and a newline to standard error.", "text");
@@ -77,21 +68,16 @@ int main(int argc, char** argv)
     const QCommandLineOption crash("crash", "End by a segmentation fault.");
     const QCommandLineOption exitCode("exit", "End with exit code <code> (default 0).", "code");
     cli.addOptions({record, print, error, lock, setLock, getLock, sleep, ignoreTermOption, crash, exitCode});
-    cli.process(app);
+    cmdline::parse(cli, QStringLiteral("A child process on command, for supervision tests and the demo."));
 
-    long sleepMs = 0;
-    long code = 0;
-    long lockValue = 0;
-    if ((cli.isSet(sleep) && !toLong(cli.value(sleep), &sleepMs))
-        || (cli.isSet(exitCode) && !toLong(cli.value(exitCode), &code))
-        || (cli.isSet(setLock) && (!toLong(cli.value(setLock), &lockValue) || lockValue < 0 || lockValue > 1))) {
-        std::fprintf(stderr, "tgui-child: --sleep and --exit take a number, --set-lock 0 or 1\n");
-        return 2;
-    }
-    if ((cli.isSet(setLock) || cli.isSet(getLock)) && !cli.isSet(lock)) {
-        std::fprintf(stderr, "tgui-child: --set-lock and --get-lock need --lock <name>\n");
-        return 2;
-    }
+    qint64 sleepMs = 0;
+    qint64 code = 0;
+    qint64 lockValue = 0;
+    if (!cmdline::number(cli, sleep, -1, INT_MAX, &sleepMs) || !cmdline::number(cli, exitCode, 0, 255, &code)
+        || !cmdline::number(cli, setLock, 0, 1, &lockValue))
+        return cmdline::UsageError;
+    if ((cli.isSet(setLock) || cli.isSet(getLock)) && !cli.isSet(lock))
+        return cmdline::usageError(QStringLiteral("--set-lock and --get-lock need --lock <name>"));
 
     if (cli.isSet(record)) {
         QFile file(cli.value(record));

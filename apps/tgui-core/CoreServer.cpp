@@ -10,7 +10,6 @@
 #include <csignal>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 
 #include "CTXMLUriLib.h"
 
@@ -116,19 +115,19 @@ void CoreServer::onReadyRead(Peer* peer)
     peer->buffer += peer->socket->readAll();
     const int headerLength = appDefsHeaderLength();
     int at = 0;
-    while (peer->buffer.size() - at >= headerLength) {
+    for (;;) {
         GuiAppsMsgHdrT hdr;
-        std::memcpy(&hdr, peer->buffer.constData() + at, sizeof hdr);
-        if (!appDefsIsValidHdr(&hdr) || hdr.length < 0) {
+        const int size = appDefsFrameLength(peer->buffer.constData() + at, peer->buffer.size() - at, &hdr);
+        if (size == 0)
+            break;
+        if (size < 0) {
             out(QStringLiteral("REJECT %1 invalid header, closing").arg(peer->name));
             peer->buffer.clear();
             peer->socket->abort();
             return;
         }
-        if (peer->buffer.size() - at - headerLength < hdr.length)
-            break;
         const QByteArray payload = peer->buffer.mid(at + headerLength, hdr.length);
-        at += headerLength + hdr.length;
+        at += size;
         handleFrame(peer, hdr, payload);
         if (!m_peers.contains(peer))
             return;
@@ -174,14 +173,14 @@ void CoreServer::handleFrame(Peer* peer, const GuiAppsMsgHdrT& hdr, const QByteA
     const QByteArray frame =
         QByteArray(reinterpret_cast<const char*>(&hdr), int(sizeof hdr)) + payload;
     int routed = 0;
-    for (Peer* p : qAsConst(m_peers)) {
-        if (p->bit & others) {
-            p->socket->write(frame);
+    const QString from = peer->name;  // the sender itself may be dropped below
+    const QList<Peer*> peers = m_peers;  // a peer over its limit leaves the list
+    for (Peer* p : peers) {
+        if ((p->bit & others) && m_peers.contains(p) && writeTo(p, frame.constData(), frame.size()))
             ++routed;
-        }
     }
     const QString line = QStringLiteral("ROUTE %1 -> %2 type=%3 len=%4 peers=%5")
-                             .arg(peer->name, nameOf(others))
+                             .arg(from, nameOf(others))
                              .arg(int(hdr.msgType))
                              .arg(hdr.length)
                              .arg(routed);
@@ -194,6 +193,8 @@ void CoreServer::onGone(Peer* peer)
 {
     m_peers.removeAll(peer);
     out(QStringLiteral("DISCONNECT %1").arg(peer->name.isEmpty() ? QStringLiteral("?") : peer->name));
+    // Whatever the socket still reports must not reach the peer deleted here.
+    peer->socket->disconnect(this);
     peer->socket->deleteLater();
     const bool registered = peer->bit != 0;
     delete peer;
@@ -223,16 +224,37 @@ void CoreServer::broadcastStatus()
 int CoreServer::sendToMask(int mask, const QByteArray& payload, GuiAppsMsgTypeT type)
 {
     int sent = 0;
-    for (Peer* p : qAsConst(m_peers)) {
-        if (!(p->bit & mask))
+    const QList<Peer*> peers = m_peers;  // a peer over its limit leaves the list
+    for (Peer* p : peers) {
+        if (!(p->bit & mask) || !m_peers.contains(p))
             continue;
         char* frame = appDefsAssembleMessage(GuiAppsTavoapp, GuiAppsT(p->bit), payload.constData(),
                                              payload.size(), type);
-        p->socket->write(frame, appDefsHeaderLength() + payload.size());
+        const bool written = writeTo(p, frame, appDefsHeaderLength() + payload.size());
         delete[] frame;
-        ++sent;
+        if (written)
+            ++sent;
     }
     return sent;
+}
+
+bool CoreServer::writeTo(Peer* peer, const char* data, qint64 size)
+{
+    // A peer that does not read would make the core hold everything sent to
+    // it: past the limit the peer is cut off instead.
+    if (peer->socket->bytesToWrite() + size > m_queueLimit) {
+        out(QStringLiteral("DROP %1 does not read: %2 bytes waiting, limit %3, closing")
+                .arg(peer->name.isEmpty() ? QStringLiteral("?") : peer->name)
+                .arg(peer->socket->bytesToWrite() + size)
+                .arg(m_queueLimit));
+        peer->socket->abort();
+        // abort() reports the disconnection only for a socket that stood connected.
+        if (m_peers.contains(peer))
+            onGone(peer);
+        return false;
+    }
+    peer->socket->write(data, size);
+    return true;
 }
 
 // --- scenario ----------------------------------------------------------------

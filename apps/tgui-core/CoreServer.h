@@ -31,6 +31,9 @@ public:
     // Sends one frame from the core to every registered peer in mask.
     int sendToMask(int mask, const QByteArray& payload, GuiAppsMsgTypeT type);
     int connectedMask() const;
+    // Bytes that may wait for one peer that does not read; a peer over it is dropped.
+    void setQueueLimit(qint64 bytes) { m_queueLimit = bytes; }
+    static constexpr qint64 DefaultQueueLimit = 32 * 1024 * 1024;
 
 protected:
     void incomingConnection(qintptr descriptor) override;
@@ -45,6 +48,8 @@ private:
 
     void onReadyRead(Peer* peer);
     void onGone(Peer* peer);
+    // Writes one frame to a peer; false when the peer was over its limit and is gone.
+    bool writeTo(Peer* peer, const char* data, qint64 size);
     void handleFrame(Peer* peer, const GuiAppsMsgHdrT& hdr, const QByteArray& payload);
     void broadcastStatus();
     void onEventSeen(const QString& line);
@@ -54,6 +59,7 @@ private:
     void startPeer(const QString& peer, const QString& arguments);
 
     QList<Peer*> m_peers;
+    qint64 m_queueLimit = DefaultQueueLimit;
     bool m_tls = false;
     QSslCertificate m_cert;
     QSslKey m_key;

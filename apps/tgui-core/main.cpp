@@ -10,7 +10,9 @@
 #include <cstdio>
 
 #include "CoreServer.h"
+#include "ProgramCommandLine.h"
 #include "SelfSignedCert.h"
+#include "StopSignals.h"
 
 namespace {
 QByteArray readFile(const QString& path)
@@ -32,19 +34,27 @@ int main(int argc, char** argv)
     app.setApplicationName(QStringLiteral("tgui-core"));
 
     QCommandLineParser cli;
-    cli.setApplicationDescription(QStringLiteral("Simulated core application for TGUILib GUI processes"));
-    cli.addHelpOption();
     QCommandLineOption port("port", "Listen on <port> (default 10010; 0 picks a free one).", "port", "10010");
-    QCommandLineOption listen("listen", "Listen on <address> (default: all).", "address");
+    QCommandLineOption listen("listen", "Listen on the numeric <address> (default: all).", "address");
     QCommandLineOption tls("tls", "Encrypt every connection (TLS 1.2 or later).");
     QCommandLineOption cert("cert", "PEM certificate for --tls (generated when absent).", "file");
     QCommandLineOption key("key", "PEM private key for --tls.", "file");
     QCommandLineOption writeCert("write-cert", "Write the generated certificate and key into <dir>.", "dir");
     QCommandLineOption scenario("scenario", "Play the scenario <file>.", "file");
-    cli.addOptions({port, listen, tls, cert, key, writeCert, scenario});
-    cli.process(app);
+    QCommandLineOption queueLimit("queue-limit",
+                                  "Drop a peer that has more than <bytes> waiting to be written to it "
+                                  "(default 33554432).", "bytes");
+    cli.addOptions({port, listen, tls, cert, key, writeCert, scenario, queueLimit});
+    cmdline::parse(cli, QStringLiteral("Simulated core application for TGUILib GUI processes"));
+    int portNumber = 10010;
+    QHostAddress address(QHostAddress::Any);
+    qint64 queueBytes = CoreServer::DefaultQueueLimit;
+    if (!cmdline::number(cli, port, 0, 65535, &portNumber) || !cmdline::address(cli, listen, &address)
+        || !cmdline::number(cli, queueLimit, qint64(1024), qint64(1) << 40, &queueBytes))
+        return cmdline::UsageError;
 
     CoreServer server;
+    server.setQueueLimit(queueBytes);
     if (cli.isSet(tls)) {
         QByteArray certPem, keyPem;
         if (cli.isSet(cert) || cli.isSet(key)) {
@@ -80,12 +90,19 @@ int main(int argc, char** argv)
             return 2;
         }
     }
-    const QHostAddress address = cli.isSet(listen) ? QHostAddress(cli.value(listen)) : QHostAddress(QHostAddress::Any);
-    if (!server.listen(address, quint16(cli.value(port).toUInt()))) {
-        std::fprintf(stderr, "tgui-core: cannot listen on port %s: %s\n", qPrintable(cli.value(port)),
-                     qPrintable(server.errorString()));
+    if (!server.listen(address, quint16(portNumber))) {
+        std::fprintf(stderr, "tgui-core: cannot listen on %s port %d: %s\n",
+                     qPrintable(address.toString()), portNumber, qPrintable(server.errorString()));
         return 1;
     }
+    // SIGTERM and SIGINT: the loop ends with code 0, the server's destructor
+    // stops the peers the scenario started and closes every connection.
+    if (!stopsignals::install([] {
+            std::fprintf(stdout, "STOPPING\n");
+            std::fflush(stdout);
+            QCoreApplication::exit(0);
+        }))
+        return 1;
     std::fprintf(stdout, "LISTENING %u%s\n", unsigned(server.serverPort()), cli.isSet(tls) ? " tls" : "");
     std::fflush(stdout);
     server.startScenario();

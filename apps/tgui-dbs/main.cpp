@@ -5,6 +5,7 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <QHostAddress>
 #include <QSocketNotifier>
 #include <csignal>
 #include <cstdio>
@@ -15,6 +16,7 @@
 
 #include "DbsDatabase.h"
 #include "DbsServer.h"
+#include "ProgramCommandLine.h"
 #include "core/CTavoCoreCommunicator.h"
 #include "log/CTavoGuiLog.h"
 #include "log/GuiLog.h"
@@ -29,38 +31,17 @@ void onSignal(int)
     if (::write(g_signalPipe[1], &byte, 1) < 0)
         return;
 }
-
-// A whole number from min to max, or a message and exit code 2.
-bool number(const QCommandLineParser& cli, const QCommandLineOption& option, int min, int max, int* out)
-{
-    bool ok = false;
-    const QString text = cli.value(option);
-    const int value = text.toInt(&ok);
-    if (!ok || value < min || value > max) {
-        std::fprintf(stderr, "tgui-dbs: --%s wants a whole number from %d to %d, not '%s'\n",
-                     qPrintable(option.names().constFirst()), min, max, qPrintable(text));
-        return false;
-    }
-    *out = value;
-    return true;
-}
 }  // namespace
 
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
     app.setApplicationName(QStringLiteral("tgui-dbs"));
-    app.setApplicationVersion(QStringLiteral(TGUI_VERSION));
 
     QCommandLineParser cli;
-    cli.setApplicationDescription(QStringLiteral(
-        "The database peer \"dbs\": serves SQLite files to GUI processes through the core.\n"
-        "Each database is FILE (named \"user\") or NAME=FILE."));
-    cli.addHelpOption();
-    cli.addVersionOption();
     cli.addPositionalArgument(QStringLiteral("database"), QStringLiteral("[NAME=]FILE of a database to serve."),
                               QStringLiteral("[NAME=]FILE..."));
-    QCommandLineOption server("server", "Address of the core (default 127.0.0.1).", "address", "127.0.0.1");
+    QCommandLineOption server("server", "Numeric address of the core (default 127.0.0.1).", "address", "127.0.0.1");
     QCommandLineOption port("port", "Port of the core (default 10010).", "port", "10010");
     QCommandLineOption batch("batch-size", "Rows per answer frame (default 100).", "rows", "100");
     QCommandLineOption poll("poll-interval",
@@ -73,17 +54,18 @@ int main(int argc, char** argv)
     QCommandLineOption logServer("log-server", "Log to the log server as \"dbs\" rather than to standard error.");
     QCommandLineOption withParent("exit-with-parent", "Stop when the process that started this one ends.");
     cli.addOptions({server, port, batch, poll, timeout, create, init, logServer, withParent});
-    cli.process(app);
+    cmdline::parse(cli, QStringLiteral("The database peer \"dbs\": serves SQLite files to GUI processes "
+                                       "through the core.\nEach database is FILE (named \"user\") or NAME=FILE."));
 
-    int portNumber = 0, batchRows = 0, pollMs = 0, timeoutMs = 0;
-    if (!number(cli, port, 1, 65535, &portNumber) || !number(cli, batch, 1, 100000, &batchRows)
-        || !number(cli, poll, 0, 3600000, &pollMs) || !number(cli, timeout, 0, 3600000, &timeoutMs))
-        return 2;
+    int portNumber = 10010, batchRows = 100, pollMs = 250, timeoutMs = 10000;
+    QHostAddress serverAddress(QHostAddress::LocalHost);
+    if (!cmdline::number(cli, port, 1, 65535, &portNumber) || !cmdline::number(cli, batch, 1, 100000, &batchRows)
+        || !cmdline::number(cli, poll, 0, 3600000, &pollMs) || !cmdline::number(cli, timeout, 0, 3600000, &timeoutMs)
+        || !cmdline::address(cli, server, &serverAddress))
+        return cmdline::UsageError;
     const QStringList databases = cli.positionalArguments();
-    if (databases.isEmpty()) {
-        std::fprintf(stderr, "tgui-dbs: name a database file (see --help)\n");
-        return 2;
-    }
+    if (databases.isEmpty())
+        return cmdline::usageError(QStringLiteral("name a database file"));
     if (cli.isSet(withParent)) {
         prctl(PR_SET_PDEATHSIG, SIGTERM);
         if (getppid() == 1)
@@ -100,10 +82,9 @@ int main(int argc, char** argv)
     for (const QString& argument : databases) {
         const int eq = argument.indexOf(QLatin1Char('='));
         const QByteArray name = eq > 0 ? argument.left(eq).toUtf8() : QByteArray("user");
-        if (names.contains(name)) {
-            std::fprintf(stderr, "tgui-dbs: the database name '%s' is given twice\n", name.constData());
-            return 2;
-        }
+        if (names.contains(name))
+            return cmdline::usageError(QStringLiteral("the database name '%1' is given twice")
+                                           .arg(QString::fromUtf8(name)));
         names.append(name);
     }
 
@@ -148,7 +129,7 @@ int main(int argc, char** argv)
     sigaction(SIGTERM, &action, nullptr);
     sigaction(SIGINT, &action, nullptr);
 
-    auto* com = new CTavoCoreCommunicator(cli.value(server), portNumber, QStringLiteral("dbs"), false);
+    auto* com = new CTavoCoreCommunicator(serverAddress.toString(), portNumber, QStringLiteral("dbs"), false);
     dbs.setSender([com](int destination, const QByteArray& payload) {
         com->send(payload.constData(), GuiAppsT(destination), GuiAppsMsgDb);
     });

@@ -1,7 +1,10 @@
 // tgui-logd: the log server. Drains the log queue and writes one readable line
 // per record: time, label, level, text and the count of messages the client
 // could not deliver before it. Statistics records become one line each.
+#include <QCommandLineParser>
+#include <QCoreApplication>
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -11,6 +14,8 @@
 #include <unistd.h>
 #include <vector>
 
+#include "LogRecordWriter.h"
+#include "ProgramCommandLine.h"
 #include "log/RtosProtMsgQ.h"
 #include "log/UtilLog.h"
 #include "log/UtilLogMsg.h"
@@ -23,114 +28,37 @@ void onSignal(int)
     g_stop = 1;
 }
 
-void usage(FILE* out)
-{
-    fprintf(out,
-            "usage: tgui-logd [-q queue] [-o file] [-n count] [-u]\n"
-            "  -q queue  queue name (default: $TGUI_LOG_QUEUE or smqlogq)\n"
-            "  -o file   append lines to file instead of standard output\n"
-            "  -n count  stop after count records\n"
-            "  -u        remove the queue's name when stopping\n");
-}
-
-void timeText(time_t seconds, char* out, size_t size)
-{
-    struct tm tm;
-    if (!localtime_r(&seconds, &tm) || strftime(out, size, "%Y-%m-%d %H:%M:%S", &tm) == 0)
-        snprintf(out, size, "%lld", (long long)seconds);
-}
-
-// Labels and texts come from other processes: bound and sanitise them.
-void copyText(char* out, const char* in, size_t max)
-{
-    size_t n = strnlen(in, max);
-    for (size_t i = 0; i < n; ++i) {
-        const unsigned char c = (unsigned char)in[i];
-        out[i] = (c < 0x20 && c != '\t') || c == 0x7f ? '?' : (char)c;
-    }
-    out[n] = '\0';
-}
-
-void writeText(FILE* out, const utilLogMsg& msg)
-{
-    char when[32], label[8], text[sizeof msg.text + 1];
-    timeText((time_t)msg.time, when, sizeof when);
-    copyText(label, msg.label, UTIL_LOG_LABEL_MAX);
-    copyText(text, msg.text, UTIL_LOG_TEXT_MAX);
-    fprintf(out, "%s %-5s <%d> %s", when, label, (int)msg.level, text);
-    if (msg.missed)
-        fprintf(out, " [missed %u]", msg.missed);
-    fputc('\n', out);
-}
-
-void writeStats(FILE* out, const utilLogStatsMsg& msg)
-{
-    char when[32], label[8];
-    timeText(time(nullptr), when, sizeof when);
-    copyText(label, msg.label, UTIL_LOG_LABEL_MAX);
-    fprintf(out, "%s %-5s <stats> %u ms", when, label, msg.elapsedMs);
-    for (int lv = 0; lv < UTIL_LOG_LEVELS; ++lv) {
-        const uint32_t* c = msg.counters[lv];
-        fprintf(out, " L%d=%u,%u/s,%u/%u/%u", lv, c[UTIL_LOG_STAT_COUNT], c[UTIL_LOG_STAT_RATE],
-                c[UTIL_LOG_STAT_DECAY1], c[UTIL_LOG_STAT_DECAY2], c[UTIL_LOG_STAT_DECAY3]);
-    }
-    if (msg.missed)
-        fprintf(out, " [missed %u]", msg.missed);
-    fputc('\n', out);
-}
-
-// Returns true for a record that was written.
-bool writeRecord(FILE* out, const char* data, int size)
-{
-    uint32_t type = 0;
-    if (size >= 4)
-        memcpy(&type, data, 4);
-    if (type == UTIL_LOG_MSG_TEXT && size >= (int)offsetof(utilLogMsg, text)) {
-        utilLogMsg msg;
-        memset(&msg, 0, sizeof msg);
-        memcpy(&msg, data, size < (int)sizeof msg ? size : sizeof msg);
-        writeText(out, msg);
-        return true;
-    }
-    if (type == UTIL_LOG_MSG_STATS && size >= (int)sizeof(utilLogStatsMsg)) {
-        utilLogStatsMsg msg;
-        memcpy(&msg, data, sizeof msg);
-        writeStats(out, msg);
-        return true;
-    }
-    fprintf(out, "tgui-logd: ignored record of type %u and %d bytes\n", type, size);
-    return false;
-}
 }  // namespace
 
 int main(int argc, char** argv)
 {
-    const char* outPath = nullptr;
+    QCoreApplication app(argc, argv);
+    app.setApplicationName(QStringLiteral("tgui-logd"));
+
+    QCommandLineParser cli;
+    QCommandLineOption queue({"q", "queue"}, "Read the queue <name> (default: $TGUI_LOG_QUEUE or smqlogq).",
+                             "name");
+    QCommandLineOption output({"o", "output"}, "Append the lines to <file> instead of standard output.",
+                              "file");
+    QCommandLineOption count({"n", "count"}, "Stop after <count> records.", "count");
+    QCommandLineOption unlinkQueue({"u", "unlink"}, "Remove the queue's name when stopping.");
+    cli.addOptions({queue, output, count, unlinkQueue});
+    cmdline::parse(cli, QStringLiteral("Log server of TGUILib: prints the records of the log queue, "
+                                       "one line each, until SIGTERM or SIGINT."));
     long long limit = -1;
-    bool unlinkAtEnd = false;
-    int opt;
-    while ((opt = getopt(argc, argv, "q:o:n:uh")) != -1) {
-        switch (opt) {
-        case 'q':
-            setenv("TGUI_LOG_QUEUE", optarg, 1);
-            break;
-        case 'o':
-            outPath = optarg;
-            break;
-        case 'n':
-            limit = atoll(optarg);
-            break;
-        case 'u':
-            unlinkAtEnd = true;
-            break;
-        case 'h':
-            usage(stdout);
-            return 0;
-        default:
-            usage(stderr);
-            return 2;
-        }
+    if (!cmdline::number(cli, count, 1, LLONG_MAX, &limit))
+        return cmdline::UsageError;
+    if (cli.isSet(queue)) {
+        // The name becomes "/name": one path component.
+        const QString name = cli.value(queue);
+        if (name.isEmpty() || name.contains(QLatin1Char('/')) || name.size() > 251)
+            return cmdline::usageError(
+                QStringLiteral("--queue wants a name of 1 to 251 characters without '/', not '%1'").arg(name));
+        setenv("TGUI_LOG_QUEUE", name.toLocal8Bit().constData(), 1);
     }
+    const QByteArray outName = cli.value(output).toLocal8Bit();
+    const char* outPath = cli.isSet(output) ? outName.constData() : nullptr;
+    const bool unlinkAtEnd = cli.isSet(unlinkQueue);
 
     FILE* out = stdout;
     if (outPath) {
@@ -184,7 +112,7 @@ int main(int argc, char** argv)
             fprintf(stderr, "tgui-logd: receive failed: %s\n", strerror(errno));
             break;
         }
-        if (writeRecord(out, buffer.data(), n))
+        if (writeLogRecord(out, buffer.data(), n))
             ++records;
         else
             ++ignored;

@@ -34,6 +34,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "ProgramCommandLine.h"
 #include "SelfSignedCert.h"
 #include "SoapEndpoint.h"
 
@@ -64,12 +65,8 @@ int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
     app.setApplicationName(QStringLiteral("tgui-soapd"));
-    app.setApplicationVersion(QStringLiteral(TGUI_VERSION));
 
     QCommandLineParser cli;
-    cli.setApplicationDescription(QStringLiteral("SOAP endpoint on 127.0.0.1 for TGUILib's web services"));
-    cli.addHelpOption();
-    cli.addVersionOption();
     QCommandLineOption port("port", "Listen on <port> of 127.0.0.1 (default 0: a free one).", "port", "0");
     QCommandLineOption tls("tls", "Serve TLS: a generated certificate unless --cert and --key are given.");
     QCommandLineOption cert("cert", "PEM certificate for TLS.", "file");
@@ -78,14 +75,10 @@ int main(int argc, char** argv)
     QCommandLineOption user("user", "User name for /auth/ paths (default \"alice\").", "name", "alice");
     QCommandLineOption password("password", "Password for /auth/ paths (default \"secret\").", "text", "secret");
     cli.addOptions({port, tls, cert, key, writeCert, user, password});
-    cli.process(app);
-
-    bool ok = false;
-    const uint portNumber = cli.value(port).toUInt(&ok);
-    if (!ok || portNumber > 65535) {
-        std::fprintf(stderr, "tgui-soapd: bad port \"%s\": a number from 0 to 65535\n", qPrintable(cli.value(port)));
-        return 2;
-    }
+    cmdline::parse(cli, QStringLiteral("SOAP endpoint on 127.0.0.1 for TGUILib's web services"));
+    int portNumber = 0;
+    if (!cmdline::number(cli, port, 0, 65535, &portNumber))
+        return cmdline::UsageError;
 
     SoapEndpoint server;
     server.setCredentials(cli.value(user), cli.value(password));
@@ -137,7 +130,7 @@ int main(int argc, char** argv)
     sigaction(SIGINT, &action, nullptr);
 
     if (!server.listen(QHostAddress::LocalHost, quint16(portNumber))) {
-        std::fprintf(stderr, "tgui-soapd: cannot listen on 127.0.0.1:%u: %s\n", portNumber,
+        std::fprintf(stderr, "tgui-soapd: cannot listen on 127.0.0.1:%d: %s\n", portNumber,
                      qPrintable(server.errorString()));
         return 1;
     }

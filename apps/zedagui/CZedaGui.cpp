@@ -32,6 +32,24 @@ namespace {
 // them again whenever the language changes.
 const int kStringIds[] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
 
+// Every item this host asks its skin for; without one of them a screen has no
+// size and no press can land.
+const char* const kSkinItems[] = {"home", "softkeys", "directory", "flyout", "network",
+                                  "account", "call-history", "meeting"};
+
+// What makes the skin unusable, or "" when it is usable.
+QString skinProblem(CTavoStyleSheetFile* skin)
+{
+    if (!skin)
+        return QStringLiteral("it cannot be read or has no \"manager\" item");
+    QStringList missing;
+    for (const char* item : kSkinItems) {
+        if (!skin->get(QString::fromLatin1(item)))
+            missing << QStringLiteral("\"%1\"").arg(QLatin1String(item));
+    }
+    return missing.isEmpty() ? QString() : QStringLiteral("it has no item %1").arg(missing.join(QStringLiteral(", ")));
+}
+
 QString itemStyle(CTavoStyleSheetFile* skin, const char* item, QString* attributes)
 {
     const QString name = QString::fromLatin1(item);
@@ -93,7 +111,20 @@ QString CZedaGui::clockText(const QTime& time, bool hours24)
 void CZedaGui::initWidgets()
 {
     CTavoStyleSheetFile* skin = styleSheetFile();
+    // A missing or broken skin would leave every screen without a size. The
+    // library stays silent about it; the sample host says so plainly and
+    // takes the sample skin built into it instead.
+    const QString problem = skinProblem(skin);
+    if (!problem.isEmpty()) {
+        guiLog(5, "zedagui: the skin %s is unusable (%s); using the sample skin built into zedagui",
+               qPrintable(skinFile()), qPrintable(problem));
+        QString builtIn = QString::fromLatin1(kBuiltInSkin);
+        setManagerStyle(builtIn, true);
+        skin = styleSheetFile();
+    }
     m_home = new CZedaHomeScreen(this);
+    // The boot screen comes first; the home screen's web paragraph after it.
+    m_home->holdBackIntro(true);
     m_softkeys = new CZedaSoftkeyBar(this);
     m_childWidgets.insert(HomeScreen, m_home);
     m_childWidgets.insert(SoftkeyBar, m_softkeys);
@@ -198,6 +229,7 @@ void CZedaGui::leaveBootScreen()
     if (m_booted)
         return;
     m_booted = true;
+    m_home->holdBackIntro(false);
     setUseBootingBackground(false);
     m_current = m_home;
     m_home->Show(false);
@@ -454,6 +486,11 @@ void CZedaGui::paintEvent(QPaintEvent* event)
     if (!m_painted) {
         m_painted = true;
         emit firstFramePainted();
+        // What the first frame did not need is done once it is out.
+        QTimer::singleShot(0, this, [this] {
+            if (m_home)
+                m_home->holdBackIntro(false);
+        });
         if (isAppConnected(GuiAppsDbs))
             QTimer::singleShot(0, this, &CZedaGui::watchContacts);
     }

@@ -54,6 +54,9 @@ public:
     CZedaGui();
     ~CZedaGui() override;
 
+    // The sample skin, a resource of the program: used when the configured one is unusable.
+    static constexpr const char* kBuiltInSkin = ":/rc/skin/default.xml";
+
     bool isBooted() const { return m_booted; }
     CZedaHomeScreen* homeScreen() const { return m_home; }
     CZedaSoftkeyBar* softkeyBar() const { return m_softkeys; }

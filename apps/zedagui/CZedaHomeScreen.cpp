@@ -157,8 +157,19 @@ void CZedaHomeScreen::retranslateUi()
     refreshIntro();
 }
 
+void CZedaHomeScreen::holdBackIntro(bool hold)
+{
+    if (hold == m_introHeldBack)
+        return;
+    m_introHeldBack = hold;
+    if (!hold)
+        refreshIntro();
+}
+
 void CZedaHomeScreen::refreshIntro()
 {
+    if (m_introHeldBack)
+        return;
     const QString core = m_coreUp ? text(QT_TRANSLATE_NOOP("CZedaHomeScreen", "Connected to the core"))
                                   : text(QT_TRANSLATE_NOOP("CZedaHomeScreen", "Waiting for the core"));
     const QString directory = m_directoryUp

@@ -28,6 +28,9 @@ public:
     void setContactCount(int count);
     CTavoButton* tile(const QString& name) const;
     const QList<CTavoButton*>& tiles() const { return m_tiles; }
+    // The phone's state paragraph is HTML, drawn through a web page: costly, and
+    // not on the boot screen. While held back it is only drawn once released.
+    void holdBackIntro(bool hold);
 
     CTavoPageView* pages() const { return m_pages; }
 
@@ -50,5 +53,6 @@ private:
     QList<CTavoButton*> m_tiles;
     bool m_coreUp = false;
     bool m_directoryUp = false;
+    bool m_introHeldBack = false;
     int m_contacts = -1;
 };

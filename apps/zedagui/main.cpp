@@ -4,10 +4,14 @@
 // screenshots and end itself; see CZedaDemoDriver.h.
 #include <QApplication>
 #include <QCommandLineParser>
+#include <climits>
 
 #include "CZedaDemoDriver.h"
 #include "CZedaDirectoryScreen.h"
 #include "CZedaGui.h"
+#include "ConsoleRepeats.h"
+#include "ProgramCommandLine.h"
+#include "StopSignals.h"
 #include "core/TavoGlobals.h"
 #include "log/GuiLog.h"
 
@@ -15,10 +19,10 @@ int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
     app.setApplicationName(QStringLiteral("zedagui"));
+    // A hostile peer can provoke the same line thousands of times: the console folds repeats.
+    consolerepeats::install();
 
     QCommandLineParser cli;
-    cli.setApplicationDescription(QStringLiteral("The sample phone GUI of TGUILib"));
-    cli.addHelpOption();
     QCommandLineOption shots("screenshots", "Write a PNG screenshot into <dir> after each step.", "dir");
     QCommandLineOption exitAfter("exit-after", "Take a last screenshot and quit after <ms> milliseconds.", "ms");
     QCommandLineOption quitOnEnd("quit-on-end", "Quit with exit code 0 when the scenario ends.");
@@ -28,20 +32,32 @@ int main(int argc, char** argv)
     QCommandLineOption directoryUser("directory-user", "Sign in to the directory as <name>.", "name");
     QCommandLineOption directoryPassword("directory-password", "The directory's password.", "text");
     cli.addOptions({shots, exitAfter, quitOnEnd, deadline, directoryUrl, directoryPac, directoryUser, directoryPassword});
-    cli.process(app);
+    cmdline::parse(cli, QStringLiteral("The sample phone GUI of TGUILib"));
+    int exitAfterMs = -1;
+    int deadlineMs = -1;
+    if (!cmdline::number(cli, exitAfter, 1, INT_MAX, &exitAfterMs)
+        || !cmdline::number(cli, deadline, 1, INT_MAX, &deadlineMs))
+        return cmdline::UsageError;
 
     auto* gui = new CZedaGui;
     gui->directoryScreen()->configure(cli.value(directoryUrl), cli.value(directoryPac), cli.value(directoryUser),
                                       cli.value(directoryPassword));
     auto* driver = new CZedaDemoDriver(gui, cli.value(shots), cli.isSet(quitOnEnd));
-    if (cli.isSet(exitAfter))
-        driver->setExitAfter(cli.value(exitAfter).toInt());
-    if (cli.isSet(deadline))
-        driver->setDeadline(cli.value(deadline).toInt());
+    if (exitAfterMs > 0)
+        driver->setExitAfter(exitAfterMs);
+    if (deadlineMs > 0)
+        driver->setDeadline(deadlineMs);
 
     if (gui->size() != QSize(800, 480) && gui->styledRect().isEmpty())
         gui->resize(800, 480);
     gui->showLayoutMgr(false);
+    // SIGTERM and SIGINT end the loop through the manager with code 0; the
+    // stop order below then runs as for any other end.
+    if (!stopsignals::install([gui] {
+            guiLog(2, "zedagui: stopping on a signal");
+            gui->handleShutdown(0);
+        }))
+        return 1;
     guiLog(2, "zedagui: window shown, core link to %s:%d", qPrintable(gui->coreComIP()), gui->coreComPort());
     const int code = app.exec();
 

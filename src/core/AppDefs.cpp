@@ -109,6 +109,20 @@ int appDefsHeaderLength()
     return int(sizeof(GuiAppsMsgHdrT));
 }
 
+int appDefsFrameLength(const void* data, int available, GuiAppsMsgHdrT* header)
+{
+    if (!data || available < int(sizeof(GuiAppsMsgHdrT)))
+        return 0;
+    GuiAppsMsgHdrT hdr;
+    std::memcpy(&hdr, data, sizeof hdr);  // data may be unaligned
+    if (header)
+        *header = hdr;
+    if (!appDefsIsValidHdr(&hdr) || hdr.length < 0)
+        return -1;
+    const int size = int(sizeof hdr) + hdr.length;  // length <= 0xFFFFFD: no overflow
+    return available >= size ? size : 0;
+}
+
 char* appDefsAssembleMessage(GuiAppsT source, GuiAppsT destination, const void* payload, int length,
                              GuiAppsMsgTypeT type)
 {

@@ -72,6 +72,12 @@ TGUI_EXPORT int appDefsIsValidHdr(const GuiAppsMsgHdrT* hdr);
 TGUI_EXPORT int appDefsParseHeader(const void* raw, GuiAppsT& source, GuiAppsT& destination, int& length,
                        GuiAppsMsgTypeT& type);
 TGUI_EXPORT int appDefsHeaderLength();
+// For a peer that buffers what it receives: the size of the whole frame at the
+// front of data (header plus payload) once all of it has arrived, 0 while more
+// bytes are needed, -1 when the first 16 bytes are not a valid header or
+// announce a negative length. The header is copied to *header when not null
+// and available holds one.
+TGUI_EXPORT int appDefsFrameLength(const void* data, int available, GuiAppsMsgHdrT* header = nullptr);
 // Header plus payload in one new array, released by the caller with delete[].
 TGUI_EXPORT char* appDefsAssembleMessage(GuiAppsT source, GuiAppsT destination, const void* payload, int length,
                              GuiAppsMsgTypeT type);

@@ -61,7 +61,7 @@ CTavoCoreCommunicator::CTavoCoreCommunicator(const QString& server, int port, co
                                              bool secure)
     : QSslSocket(nullptr), m_secure(secure), m_server(server), m_port(port)
 {
-    std::memset(&m_header, 0, sizeof m_header);
+    resetFrameState();
     m_appName = appName.isEmpty() ? QCoreApplication::applicationName() : appName;
     m_appId = appDefsType(m_appName.toUtf8().constData());
     setObjectName(QStringLiteral("CTavoCoreCommunicator"));
@@ -172,7 +172,7 @@ void CTavoCoreCommunicator::connectNotify(const QMetaMethod& signal)
         return;
     guiLog(0, "CTavoCoreCommunicator::connectNotify - %s", qPrintable(m_appName));
     m_reconnectTimer->start(kFirstConnectMs);
-    m_bytesExpected = 0;
+    resetFrameState();
     m_thread.start(QThread::InheritPriority);
     // The timer is a child and moves along.
     moveToThread(&m_thread);
@@ -198,25 +198,30 @@ void CTavoCoreCommunicator::connectToServer()
     }
 }
 
-void CTavoCoreCommunicator::waitUntilDisconnected()
+void CTavoCoreCommunicator::disconnectAndWait(int graceMs)
 {
-    if (state() == QAbstractSocket::ClosingState)
-        waitForDisconnected(1000);
+    if (state() != QAbstractSocket::UnconnectedState && state() != QAbstractSocket::ClosingState)
+        disconnectFromHost();
+    if (graceMs > 0 && state() == QAbstractSocket::ClosingState)
+        waitForDisconnected(graceMs);
     if (state() != QAbstractSocket::UnconnectedState && !waitForDisconnected(5000)) {
         guiLog(3, "Timed out while disconnecting from %s at %s:%d", qPrintable(m_appName),
                qPrintable(peerAddress().toString()), int(peerPort()));
     }
 }
 
+void CTavoCoreCommunicator::resetFrameState()
+{
+    std::memset(&m_header, 0, sizeof m_header);
+    m_bytesExpected = 0;
+}
+
 void CTavoCoreCommunicator::reconnect()
 {
     if (bRebootInitiated || state() == QAbstractSocket::ConnectingState)
         return;
-    if (state() != QAbstractSocket::UnconnectedState && state() != QAbstractSocket::ClosingState)
-        disconnectFromHost();
-    waitUntilDisconnected();
-    std::memset(&m_header, 0, sizeof m_header);
-    m_bytesExpected = 0;
+    disconnectAndWait(1000);
+    resetFrameState();
     connectToServer();
 }
 
@@ -226,18 +231,11 @@ void CTavoCoreCommunicator::reconnectToServer(const QString& address)
         return;
     m_server = address;
     if (state() != QAbstractSocket::UnconnectedState && state() != QAbstractSocket::ClosingState) {
-        disconnectFromHost();
-        if (state() != QAbstractSocket::UnconnectedState)
-            waitForDisconnected(1000);
-        if (state() != QAbstractSocket::UnconnectedState && !waitForDisconnected(5000)) {
-            guiLog(3, "Timed out while disconnecting from %s at %s:%d", qPrintable(m_appName),
-                   qPrintable(peerAddress().toString()), int(peerPort()));
-        }
+        disconnectAndWait(1000);
         close();
     }
     m_queue.clear();
-    std::memset(&m_header, 0, sizeof m_header);
-    m_bytesExpected = 0;
+    resetFrameState();
     connectToServer();
 }
 
@@ -284,14 +282,9 @@ void CTavoCoreCommunicator::onForceDisconnect()
 {
     if (state() == QAbstractSocket::UnconnectedState || state() == QAbstractSocket::ClosingState)
         return;
-    disconnectFromHost();
-    if (state() != QAbstractSocket::UnconnectedState && !waitForDisconnected(5000)) {
-        guiLog(3, "Timed out while disconnecting from %s at %s:%d", qPrintable(m_appName),
-               qPrintable(peerAddress().toString()), int(peerPort()));
-    }
+    disconnectAndWait(0);
     close();
-    std::memset(&m_header, 0, sizeof m_header);
-    m_bytesExpected = 0;
+    resetFrameState();
 }
 
 void CTavoCoreCommunicator::onReadyRead()

@@ -84,7 +84,11 @@ protected:
     void queueMsg(const coreComMsgT& msg);
     bool useTls() const;
     void connectToServer();
-    void waitUntilDisconnected();
+    // disconnectFromHost unless already closing, then wait: up to graceMs while
+    // closing, and up to 5000 ms more with a log line on a time-out.
+    void disconnectAndWait(int graceMs);
+    // A header is awaited next; the one being read is forgotten.
+    void resetFrameState();
     // Runs fn on the socket's thread and waits for it.
     template <typename Fn> void runInSocketThread(Fn fn);
 

@@ -123,6 +123,23 @@ CTavoLayoutMgr* CTavoLayoutMgr::instance()
     return s_instance;
 }
 
+namespace {
+// A port of the INI file as the link will use it: the number (0 when it is not
+// one), taken as 16 bits. Anything but a whole number from 0 to 65535 is kept
+// that way, but the log says what was written and what is used.
+int configuredPort(QSettings& ini, const QString& file, const QString& key, int fallback)
+{
+    const QVariant value = ini.value(key, fallback);
+    const int port = value.toInt();
+    bool ok = false;
+    const int exact = value.toString().trimmed().toInt(&ok);
+    if (!ok || exact != port || port < 0 || port > 65535)
+        guiLog(4, "%s: %s \"%s\" is not a port from 0 to 65535; using port %d", qPrintable(file),
+               qPrintable(key), qPrintable(value.toString()), int(quint16(port)));
+    return port;
+}
+}  // namespace
+
 void CTavoLayoutMgr::initializeSettings()
 {
     const QString profile = tavoGetActiveProfile(true);
@@ -138,10 +155,10 @@ void CTavoLayoutMgr::initializeSettings()
     ini.beginGroup(app);
     m_skinFile = ini.value(QStringLiteral("SkinFile"), tavoGetDefaultSkinFile(app)).toString();
     m_coreComIP = ini.value(QStringLiteral("ComServerIP"), QStringLiteral("127.0.0.1")).toString();
-    m_coreComPort = ini.value(QStringLiteral("ComServerPort"), 10010).toInt();
+    m_coreComPort = configuredPort(ini, m_configFile, QStringLiteral("ComServerPort"), 10010);
     m_tavosimIP =
         ini.value(QStringLiteral("tavosimServerIP"), QStringLiteral("127.0.0.1")).toString();
-    m_tavosimPort = ini.value(QStringLiteral("tavosimServerPort"), 10020).toInt();
+    m_tavosimPort = configuredPort(ini, m_configFile, QStringLiteral("tavosimServerPort"), 10020);
     ini.endGroup();
 }
 

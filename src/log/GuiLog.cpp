@@ -1,9 +1,16 @@
 #include "log/GuiLog.h"
 
 #include <QDebug>
+#include <QLoggingCategory>
 #include <cstdio>
 
 #include "log/CTavoGuiLog.h"
+
+namespace {
+// The console fallback is qDebug in the category "tgui", so that a host can
+// silence it or route it, e.g. QT_LOGGING_RULES="tgui.debug=false".
+Q_LOGGING_CATEGORY(lcTgui, "tgui")
+}  // namespace
 
 CTavoGuiLog* hostGuiLog = nullptr;
 
@@ -21,7 +28,7 @@ void guiLog(UtilLogLevelT level, const char* format, ...)
     } else {
         char buffer[16383 + 1];
         vsnprintf(buffer, sizeof buffer, format, args);
-        qDebug("%s", buffer);
+        qCDebug(lcTgui, "%s", buffer);
     }
     va_end(args);
 }
@@ -33,5 +40,5 @@ void guiLogRaw(UtilLogLevelT level, const char* data)
     if (hostGuiLog && CTavoGuiLog::m_bEnabled)
         hostGuiLog->logRaw(level, data);
     else
-        qDebug("%.16383s", data);
+        qCDebug(lcTgui, "%.16383s", data);
 }

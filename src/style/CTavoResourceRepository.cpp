@@ -123,8 +123,18 @@ void* CTavoResourceRepository::registerScaledImage(void* renderer, QMetaType::Ty
     return &m_pixmaps.insert(key, pixmap).value();
 }
 
+namespace {
+quint64 s_resets = 0;
+}
+
+quint64 CTavoResourceRepository::resetCount()
+{
+    return s_resets;
+}
+
 void CTavoResourceRepository::reset()
 {
+    ++s_resets;
     m_images.clear();
     m_brushes.clear();
     m_pixmaps.clear();

@@ -27,6 +27,9 @@ public:
     void* registerScaledImage(void* renderer, QMetaType::Type type, const QSize& size);
     // Drops images, brushes and pixmaps; renderers stay until the end of the process.
     void reset();
+    // How many resets any repository has had: a pointer into one is only good for the
+    // count it was taken at.
+    static quint64 resetCount();
 
     // Pictures that image handles allocate for themselves live here until the process ends.
     QImage* adoptImage(QImage* image);

@@ -3,6 +3,8 @@
 #include <QMetaObject>
 #include <QObject>
 
+#include <utility>
+
 namespace {
 // set() parses every block into this one before merging it; it keeps set() non-reentrant.
 CTavoWidgetStyle& scratchBlock()
@@ -43,19 +45,36 @@ void CTavoStyleSheet::set(const char* style, const char* attributes)
 
     if (*style) {
         CTavoWidgetStyle& scratch = scratchBlock();
-        for (const QString& piece : m_styleText.split(QLatin1Char('}'), Qt::SkipEmptyParts)) {
+        // Pieces between "}" (empty ones skipped); in each, the first two non-empty
+        // parts between "{" are selector and body.
+        const QString& text = m_styleText;
+        const int length = text.size();
+        for (int from = 0; from < length;) {
+            int end = text.indexOf(QLatin1Char('}'), from);
+            if (end < 0)
+                end = length;
+            const QStringRef piece = text.midRef(from, end - from);
+            from = end + 1;
             if (!piece.contains(QLatin1Char('{')))
                 continue;
-            const QStringList parts = piece.split(QLatin1Char('{'), Qt::SkipEmptyParts);
-            if (parts.isEmpty())
+            QStringRef parts[2];
+            int found = 0;
+            for (int at = 0; found < 2 && at < piece.size();) {
+                int brace = piece.indexOf(QLatin1Char('{'), at);
+                if (brace < 0)
+                    brace = piece.size();
+                if (brace > at)
+                    parts[found++] = piece.mid(at, brace - at);
+                at = brace + 1;
+            }
+            if (found == 0)
                 continue;
-            const QString selector = parts.at(0).trimmed();
-            QString body = parts.size() > 1 ? parts.at(1).trimmed() : QString();
-            scratch.set(body);
-            auto it = m_styles.find(selector);
-            if (it == m_styles.end())
-                it = m_styles.insert(selector, CTavoWidgetStyle());
-            it.value().update(scratch);
+            const QString selector = parts[0].trimmed().toString();
+            scratch.set(found > 1 ? parts[1].trimmed() : QStringRef());
+            auto it = m_styles.lowerBound(selector);
+            if (it == m_styles.end() || it.key() != selector)
+                it = m_styles.insert(it, selector, CTavoWidgetStyle());
+            it.value().update(std::move(scratch));
         }
         // The blocks now share what the scratch parsed; it needs none of it any more.
         scratch.resetContent();

@@ -145,23 +145,61 @@ void CTavoStyleSheetFile::TextElementHandler(void* userData, const char* text, i
     const void* nul = memchr(text, 0, static_cast<size_t>(length));
     if (nul)
         length = static_cast<int>(static_cast<const char*>(nul) - text);
-    const QString piece = QString::fromUtf8(text, length);
+    QString* target = nullptr;
+    bool simplify = false;
     switch (self->m_elementType) {
     case ElementName:
-        self->m_name += piece;
+        target = &self->m_name;
         break;
     case ElementAttributes:
-        self->m_attributes += piece;
+        target = &self->m_attributes;
         break;
     case ElementStyle:
-        self->m_style += piece.simplified();
+        target = &self->m_style;
+        simplify = true;
         break;
     case ElementAuxStyle:
-        self->m_auxStyle += piece.simplified();
+        target = &self->m_auxStyle;
+        simplify = true;
         break;
     default:
-        break;
+        return;
     }
+    // Style text comes a line at a time: plain ASCII, the usual case, is appended
+    // as it goes, each run simplified on its own as QString::simplified() would.
+    bool ascii = true;
+    for (int i = 0; i < length && ascii; ++i)
+        ascii = static_cast<unsigned char>(text[i]) < 128;
+    if (!ascii) {
+        const QString piece = QString::fromUtf8(text, length);
+        *target += simplify ? piece.simplified() : piece;
+        return;
+    }
+    if (!simplify) {
+        target->append(QLatin1String(text, length));
+        return;
+    }
+    char run[256];
+    int used = 0;
+    bool gap = false;
+    bool any = false;
+    for (int i = 0; i < length; ++i) {
+        const char c = text[i];
+        if (c == ' ' || (c >= '\t' && c <= '\r')) {
+            gap = true;
+            continue;
+        }
+        if (used + 2 > int(sizeof run)) {
+            target->append(QLatin1String(run, used));
+            used = 0;
+        }
+        if (gap && any)
+            run[used++] = ' ';
+        gap = false;
+        any = true;
+        run[used++] = c;
+    }
+    target->append(QLatin1String(run, used));
 }
 
 void CTavoStyleSheetFile::EndElementHandler(void* userData, const char* name)
@@ -170,11 +208,12 @@ void CTavoStyleSheetFile::EndElementHandler(void* userData, const char* name)
     if (getElementType(name) == ElementItem) {
         auto it = self->m_items.find(self->m_name);
         if (it == self->m_items.end()) {
+            // Taken over, not shared: trimming a shared text would copy it.
             CTavoStyleItem item;
             item.m_name = self->m_name;
-            item.m_attributes = self->m_attributes;
-            item.m_style = self->m_style;
-            item.m_auxStyle = self->m_auxStyle;
+            item.m_attributes.swap(self->m_attributes);
+            item.m_style.swap(self->m_style);
+            item.m_auxStyle.swap(self->m_auxStyle);
             it = self->m_items.insert(self->m_name, item);
         } else {
             // An item spread over several elements: styles add up, the first attributes count.

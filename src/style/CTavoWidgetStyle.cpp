@@ -28,6 +28,9 @@ double CTavoWidgetStyle::m_scaleFactorX = 1.0;
 double CTavoWidgetStyle::m_scaleFactorY = 1.0;
 
 namespace {
+// Names whose type getType remembers at most.
+constexpr int kTypeMemoLimit = 1024;
+
 
 struct AttributeRowT
 {
@@ -535,28 +538,171 @@ QGraphicsEffect* CTavoWidgetStyle::GraphicsEffect(const QString& name, QObject* 
 
 // ---- filling ----
 
+namespace {
+
+// Names of properties as the type memo keeps them: every block shares one copy.
+QHash<QString, int>& typeMemo()
+{
+    static QHash<QString, int> memo;
+    return memo;
+}
+
+// Parsed values by their text. A skin says the same few values thousands of
+// times; each is typed once and the blocks share the result. Only values whose
+// parse has no lasting effect but the one the first parse had are kept: images
+// (a vector path may make a new renderer each time) and animations (each block
+// owns its own) are parsed every time. Brush pointers and brushes inside pens
+// point into the resource repository and live until its next reset. Entries are
+// found by the hash of the text, type and scaling flag, and the text is compared
+// on a hit: a collision is a miss that takes the place over.
+struct ValueEntryT
+{
+    QString text;
+    int type;
+    bool flag;  // a size whose name holds "layout": not scaled
+    QVariant value;
+};
+
+struct ValueCacheT
+{
+    QHash<quint64, ValueEntryT> values;
+    QHash<uint, QString> names;  // property names by hash, shared by all blocks
+    bool scaled = false;
+    double factorX = 1.0;
+    double factorY = 1.0;
+    quint64 resets = 0;
+    bool fontChecked = false;
+    QFont applicationFont;
+};
+
+quint64 valueKey(uint textHash, int type, bool flag)
+{
+    return (quint64(textHash) << 32) | (quint64(uint(type)) << 1) | (flag ? 1u : 0u);
+}
+
+ValueCacheT& valueCache()
+{
+    static ValueCacheT cache;
+    return cache;
+}
+
+// Fonts must not outlive the application that made their engines.
+void dropValueCache()
+{
+    ValueCacheT& cache = valueCache();
+    cache.values.clear();
+    cache.applicationFont = QFont();
+    cache.fontChecked = false;
+}
+
+bool cacheable(int type)
+{
+    switch (type) {
+    case QMetaType::QPixmap:
+    case TavoAnimationType:
+        return false;
+    default:
+        return true;
+    }
+}
+
+const int kMaxCachedValues = 4096;
+
+} // namespace
+
 void CTavoWidgetStyle::set(const QString& text)
 {
-    const QStringList parts = text.split(QLatin1Char(';'), Qt::SkipEmptyParts);
+    set(QStringRef(&text));
+}
+
+void CTavoWidgetStyle::set(const QStringRef& text)
+{
     resetContent();
     if (text.isEmpty())
         return;
-    for (const QString& part : parts) {
+    // What the values were parsed under must still hold.
+    ValueCacheT& cache = valueCache();
+    static QCoreApplication* dropRegisteredWith = nullptr;
+    if (QCoreApplication::instance() && QCoreApplication::instance() != dropRegisteredWith) {
+        qAddPostRoutine(dropValueCache);
+        dropRegisteredWith = QCoreApplication::instance();
+    }
+    if (cache.scaled != m_bIsScaled || cache.factorX != m_scaleFactorX || cache.factorY != m_scaleFactorY
+        || cache.resets != CTavoResourceRepository::resetCount()) {
+        cache.values.clear();
+        cache.scaled = m_bIsScaled;
+        cache.factorX = m_scaleFactorX;
+        cache.factorY = m_scaleFactorY;
+        cache.resets = CTavoResourceRepository::resetCount();
+    }
+    cache.fontChecked = false;
+
+    // Declarations are split at ";" (empty parts skipped), each at its first ":".
+    const int length = text.size();
+    for (int from = 0; from < length;) {
+        int end = text.indexOf(QLatin1Char(';'), from);
+        if (end < 0)
+            end = length;
+        const QStringRef part = text.mid(from, end - from);
+        from = end + 1;
         const int colon = part.indexOf(QLatin1Char(':'));
         if (colon < 0)
             continue;
-        QString name = part.left(colon).trimmed();
-        QString value = part.mid(colon + 1).trimmed();
-        name.squeeze();
-        value.squeeze();
-        if (value == QLatin1String("null"))
+        const QStringRef valueText = part.mid(colon + 1).trimmed();
+        if (valueText == QLatin1String("null"))
             continue;
-        if (getType(name) == TavoAnimationType) {
-            m_animations.insert(name, getAnimationPtr(value));
+        // The name, shared with every block that uses it.
+        const QStringRef nameText = part.left(colon).trimmed();
+        const uint nameHash = qHash(nameText);
+        QString name;
+        const auto interned = cache.names.constFind(nameHash);
+        if (interned != cache.names.constEnd() && interned.value() == nameText) {
+            name = interned.value();
+        } else {
+            name = nameText.toString();
+            if (cache.names.size() >= kMaxCachedValues)
+                cache.names.clear();
+            cache.names.insert(nameHash, name);
+        }
+        QHash<QString, int>& memo = typeMemo();
+        auto known = memo.constFind(name);
+        if (known == memo.constEnd()) {
+            getType(name);
+            known = memo.constFind(name);
+        }
+        const int declared = known.value();
+        if (declared == TavoAnimationType) {
+            m_animations.insert(name, getAnimationPtr(valueText.toString()));
             continue;
         }
-        int type = 0;
-        const QVariant parsed = parseAttribute(name, value, type);
+        int type = declared;
+        QVariant parsed;
+        if (cacheable(declared)) {
+            if (declared == QMetaType::QFont && !cache.fontChecked) {
+                // Fonts start from the application's, which a host may change.
+                const QFont font = QApplication::font();
+                if (!(font == cache.applicationFont) || font.family() != cache.applicationFont.family()) {
+                    cache.values.clear();
+                    cache.applicationFont = font;
+                }
+                cache.fontChecked = true;
+            }
+            const bool flag = declared == QMetaType::QSize && name.contains(QLatin1String("layout"));
+            const quint64 key = valueKey(qHash(valueText), declared, flag);
+            const auto hit = cache.values.constFind(key);
+            if (hit != cache.values.constEnd() && hit->type == declared && hit->flag == flag
+                && hit->text == valueText) {
+                parsed = hit->value;
+            } else {
+                const QString value = valueText.toString();
+                parsed = parseAttribute(name, value, type);
+                if (cache.values.size() >= kMaxCachedValues)
+                    cache.values.clear();
+                cache.values.insert(key, ValueEntryT{value, declared, flag, parsed});
+            }
+        } else {
+            parsed = parseAttribute(name, valueText.toString(), type);
+        }
         switch (type) {
         case QMetaType::QPixmap:
         case QMetaType::QImage:
@@ -587,6 +733,22 @@ void CTavoWidgetStyle::update(const CTavoWidgetStyle& other)
     m_animationArgs = other.m_animationArgs;
 }
 
+void CTavoWidgetStyle::update(CTavoWidgetStyle&& other)
+{
+    if (!m_properties.isEmpty() || !m_brushes.isEmpty() || !m_images.isEmpty() || !m_animations.isEmpty()
+        || !m_animationOwners.isEmpty()) {
+        update(static_cast<const CTavoWidgetStyle&>(other));
+        return;
+    }
+    // Copying over nothing is taking over.
+    m_properties.swap(other.m_properties);
+    m_brushes.swap(other.m_brushes);
+    m_images.swap(other.m_images);
+    m_animations.swap(other.m_animations);
+    m_animationOwners.swap(other.m_animationOwners);
+    m_animationArgs = other.m_animationArgs;
+}
+
 void CTavoWidgetStyle::resetContent()
 {
     m_properties.clear();
@@ -600,7 +762,9 @@ void CTavoWidgetStyle::resetContent()
 
 int CTavoWidgetStyle::getType(const QString& name)
 {
-    static QHash<QString, int> memo;
+    // Skins use a few dozen names; a hostile one may use any number, so the
+    // memo starts afresh rather than keep every name it was ever asked for.
+    QHash<QString, int>& memo = typeMemo();
     auto hit = memo.constFind(name);
     if (hit != memo.constEnd())
         return hit.value();
@@ -621,6 +785,8 @@ int CTavoWidgetStyle::getType(const QString& name)
             }
         }
     }
+    if (memo.size() >= kTypeMemoLimit)
+        memo.clear();
     memo.insert(name, type);
     return type;
 }

@@ -115,8 +115,11 @@ public:
 
     // Parses a declaration list, replacing the content.
     void set(const QString& text);
+    void set(const QStringRef& text);
     // Copies every entry of other over this block's.
     void update(const CTavoWidgetStyle& other);
+    // The same; an empty block takes other's entries over instead of copying them.
+    void update(CTavoWidgetStyle&& other);
     void resetContent();
 
     const QMap<QString, QVariant>& properties() const { return m_properties; }

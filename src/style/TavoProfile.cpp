@@ -1,4 +1,5 @@
 #include "style/TavoProfile.h"
+#include "style/TavoSkinConfig.h"
 
 #include <QFile>
 #include <QSettings>

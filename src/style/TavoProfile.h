@@ -8,5 +8,3 @@ TGUI_EXPORT QString tavoGetDefaultConfigFile();
 // "Active" of group "Profile" in that file; without keepSuffix the first of
 // "_sfb", "_opensip", "_bsft" found is removed.
 TGUI_EXPORT QString tavoGetActiveProfile(bool keepSuffix);
-// The same, from a given profile file; an empty path gives an empty profile.
-TGUI_EXPORT QString tavoReadActiveProfile(const QString& file, bool keepSuffix);

@@ -55,17 +55,41 @@ CTavoButton::CTavoButton(QWidget* parent)
     , m_index(-1)
 {
     // Built on the surface so that they find its sheet, then owned by the button.
+    // The alternative label is made when a document or caller first uses it.
     m_icon = new CTavoIcon(parent);
     m_icon->setParent(this);
-    m_altLabelWidget = new CTavoLabelWidget(parent);
-    m_altLabelWidget->setParent(this);
-    m_altLabelWidget->setVisible(false);
     m_labelWidget = new CTavoLabelWidget(parent);
     m_labelWidget->setParent(this);
     m_labelWidget->setVisible(false);
     addSubWidget(m_icon);
-    addSubWidget(m_altLabelWidget);
     addSubWidget(m_labelWidget);
+}
+
+CTavoLabelWidget* CTavoButton::altLabelWidget() const
+{
+    return const_cast<CTavoButton*>(this)->ensureAltLabel();
+}
+
+CTavoLabelWidget* CTavoButton::ensureAltLabel()
+{
+    if (m_altLabelWidget)
+        return m_altLabelWidget;
+    // Few buttons carry a second text; the label costs as much as the main one.
+    m_altLabelWidget = new CTavoLabelWidget(m_parent);
+    m_altLabelWidget->setParent(this);
+    m_altLabelWidget->setVisible(false);
+    addSubWidget(m_altLabelWidget);
+    // The surface paints children in their order: the main label stays after it.
+    m_labelWidget->setParent(nullptr);
+    m_labelWidget->setParent(this);
+    // The sheet the button was given reaches the label as it would have from the start.
+    if (m_styleSheet)
+        m_altLabelWidget->setStyleSheet(m_styleSheet, true);
+    if (m_style) {
+        applyLabelAttributes(m_style);
+        placeLabel(m_style, m_altLabelWidget, QStringLiteral("alt-label"), m_disableAltLabel, false);
+    }
+    return m_altLabelWidget;
 }
 
 CTavoButton::CTavoButton(TavoButtonSettings* settings, QWidget* parent)
@@ -89,7 +113,8 @@ void CTavoButton::init(TavoButtonSettings* settings, const QString& data, int in
     m_data = data;
     m_index = index;
     m_labelWidget->setText(m_settings.m_label);
-    m_altLabelWidget->setText(m_settings.m_auxText);
+    if (m_altLabelWidget || !m_settings.m_auxText.isEmpty())
+        ensureAltLabel()->setText(m_settings.m_auxText);
     // Vector icons are drawn at the icon's style size: it must be known first.
     if (m_icon->designSize().isEmpty() && m_icon->styleSheet())
         m_icon->layout();
@@ -145,10 +170,11 @@ void CTavoButton::setLabel(const QString& label)
 void CTavoButton::setAltLabel(const QString& label)
 {
     m_settings.m_auxText = label;
-    m_altLabelWidget->setText(label);
+    if (m_altLabelWidget || !label.isEmpty())
+        ensureAltLabel()->setText(label);
     if (m_style)
         placeLabels(m_style);
-    else
+    else if (m_altLabelWidget)
         m_altLabelWidget->setVisible(!m_disableAltLabel && !label.isEmpty());
 }
 
@@ -259,7 +285,8 @@ void CTavoButton::applyLabelAttributes(CTavoWidgetStyle* style)
     bool hasDisabled = false;
     const QPen disabledPen = style->Pen(QStringLiteral("disabled-color"), QPen(), &hasDisabled);
 
-    m_altLabelWidget->layout();
+    if (m_altLabelWidget)
+        m_altLabelWidget->layout();
     m_labelWidget->layout();
 
     // The main label may take its own colour and alignment.
@@ -270,14 +297,15 @@ void CTavoButton::applyLabelAttributes(CTavoWidgetStyle* style)
     const unsigned mainFound = found | (hasColor ? 2u : 0u) | (hasAlign ? 4u : 0u);
     const unsigned mainFlags = hasAlign ? ((flags & kWrapBits) | (labelAlign & ~kWrapBits)) : flags;
 
-    if ((found & 7) == 7) {
-        m_altLabelWidget->setStyle(font, QPen(color), int(flags), elide);
+    if (!m_altLabelWidget) {
+    } else if ((found & 7) == 7) {
+        m_altLabelWidget->setStyle(font, CTavoWidgetStyle::colorPen(color), int(flags), elide);
         LabelPenAccess::setDisabledPen(m_altLabelWidget, disabledPen);
     } else if (hasElide) {
         m_altLabelWidget->setElideFromLeft(elide);
     }
     if ((mainFound & 7) == 7) {
-        m_labelWidget->setStyle(font, QPen(labelColor), int(mainFlags), elide);
+        m_labelWidget->setStyle(font, CTavoWidgetStyle::colorPen(labelColor), int(mainFlags), elide);
         LabelPenAccess::setDisabledPen(m_labelWidget, disabledPen);
     } else if (hasElide) {
         m_labelWidget->setElideFromLeft(elide);
@@ -350,7 +378,8 @@ void CTavoButton::placeLabels(CTavoWidgetStyle* style)
 {
     if (!style)
         return;
-    placeLabel(style, m_altLabelWidget, QStringLiteral("alt-label"), m_disableAltLabel, false);
+    if (m_altLabelWidget)
+        placeLabel(style, m_altLabelWidget, QStringLiteral("alt-label"), m_disableAltLabel, false);
     placeLabel(style, m_labelWidget, QStringLiteral("label"), m_disableLabel, true);
 }
 
@@ -410,7 +439,8 @@ void CTavoButton::repositionAllElements(int dx, int dy)
         return;
     m_backgroundRect.translate(dx, dy);
     m_labelWidget->moveBy(dx, dy);
-    m_altLabelWidget->moveBy(dx, dy);
+    if (m_altLabelWidget)
+        m_altLabelWidget->moveBy(dx, dy);
     m_icon->moveBy(dx, dy);
 }
 

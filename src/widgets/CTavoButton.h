@@ -64,7 +64,8 @@ public:
     const QString& imageName() const { return m_imgName; }
     CTavoIcon* icon() const { return m_icon; }
     CTavoLabelWidget* labelWidget() const { return m_labelWidget; }
-    CTavoLabelWidget* altLabelWidget() const { return m_altLabelWidget; }
+    // The alternative label; made on first use, so never null.
+    CTavoLabelWidget* altLabelWidget() const;
     const CTavoImage& altImage() const { return m_altImage; }
     const CTavoImage& altFocusedImage() const { return m_altFocusedImage; }
     const CTavoImage& disabledBackgroundImage() const { return m_disabledBackgroundImage; }
@@ -123,7 +124,7 @@ protected:
     bool m_invertTextWhenFocused;
     QString m_imgName;
     CTavoIcon* m_icon;
-    CTavoLabelWidget* m_altLabelWidget;
+    CTavoLabelWidget* m_altLabelWidget;  // null until used: altLabelWidget() makes it
     CTavoLabelWidget* m_labelWidget;
     CTavoImage m_altFocusedImage;
     CTavoImage m_altImage;
@@ -132,6 +133,7 @@ protected:
     int m_index;
 
 private:
+    CTavoLabelWidget* ensureAltLabel();
     void placeLabel(CTavoWidgetStyle* style, CTavoLabelWidget* label, const QString& prefix, bool disabled,
                     bool fillContent);
 };

@@ -61,10 +61,29 @@ CTavoIcon::CTavoIcon(QWidget* parent, int x, int y, int w, int h)
     m_visible = true;
     // An icon counts as built once it holds an icon.
     m_initialized = false;
-    m_label = new CTavoIconLabel(parent);
+    // The label is made when a text or number first needs it (ensureLabel).
+}
+
+CTavoIconLabel* CTavoIcon::label() const
+{
+    return const_cast<CTavoIcon*>(this)->ensureLabel();
+}
+
+CTavoIconLabel* CTavoIcon::ensureLabel()
+{
+    if (m_label)
+        return m_label;
+    // Most icons never show a label, so it is made on first use, on the same
+    // surface so that it finds its sheet, and laid out as the icon's layout would.
+    m_label = new CTavoIconLabel(m_parent);
     m_label->setParent(this);
     m_label->setVisible(false);
     addSubWidget(m_label);
+    // The sheet the icon was given reaches the label as it would have from the start.
+    if (m_styleSheet)
+        m_label->setStyleSheet(m_styleSheet, true);
+    placeElements(true);
+    return m_label;
 }
 
 CTavoIcon::~CTavoIcon()
@@ -181,12 +200,13 @@ void CTavoIcon::preprocess(int mode)
         m_displayMode = text.isEmpty() ? ShowNothing : IconAndLabel;
 
     if (mode == IconAndLabel && !text.isEmpty() && text.at(0).isDigit() && text.at(0).unicode() < 128)
-        m_label->set(0, leadingNumber(text));
-    else
-        m_label->set(mode, text);
+        ensureLabel()->set(0, leadingNumber(text));
+    else if (m_label || !text.isEmpty())
+        ensureLabel()->set(mode, text);
 
     if (!m_labelEnabled) {
-        m_label->setVisible(false);
+        if (m_label)
+            m_label->setVisible(false);
         m_displayMode = IconOnly;
         setVisible(true);
     } else {
@@ -202,15 +222,16 @@ void CTavoIcon::postProcess()
     case IconAndTextLabel: {
         const bool placedLabel = m_labelLocation != QPoint(0, 0) && m_labelSize.width() > 0
             && m_labelSize.height() > 0;
-        const int w = placedLabel ? m_iconRect.width() + 2 : m_label->width() + m_iconRect.width() + 2;
-        size = QSize(w, qMax(m_label->height() + 2, m_iconRect.height() + 2));
+        const CTavoIconLabel* label = ensureLabel();
+        const int w = placedLabel ? m_iconRect.width() + 2 : label->width() + m_iconRect.width() + 2;
+        size = QSize(w, qMax(label->height() + 2, m_iconRect.height() + 2));
         break;
     }
     case IconOnly:
         size = m_iconRect.size();
         break;
     case LabelOnly:
-        size = m_label->QRect::size() + QSize(2, 2);
+        size = ensureLabel()->QRect::size() + QSize(2, 2);
         break;
     default:
         break;
@@ -309,18 +330,25 @@ void CTavoIcon::layout()
         m_overlapLabelLess = m_style->Bool(QStringLiteral("overlap-label-less"), false);
         m_direction = int(m_style->Enum(QStringLiteral("layout-direction"), 1));
         if (!m_labelEnabled) {
-            m_label->setVisible(false);
+            if (m_label)
+                m_label->setVisible(false);
             m_displayMode = IconOnly;
         }
     }
-    m_label->layout();
+    if (m_label)
+        m_label->layout();
     placeElements(false);
 }
 
 void CTavoIcon::placeElements(bool moved)
 {
     const bool placedLabel = m_labelLocation != QPoint(0, 0) && m_labelSize.width() > 0 && m_labelSize.height() > 0;
-    if (m_displayMode == IconAndLabel || m_displayMode == IconAndTextLabel) {
+    const bool withLabel = m_displayMode == IconAndLabel || m_displayMode == IconAndTextLabel
+        || m_displayMode == LabelOnly;
+    if (withLabel && !m_label) {
+        // Shown with a label that is not made yet: it takes its place when made.
+        m_iconRect.moveTopLeft(topLeft());
+    } else if (m_displayMode == IconAndLabel || m_displayMode == IconAndTextLabel) {
         // Offset and location apply once the owner has placed the icon.
         if (moved && m_labelOffset != 0) {
             m_label->move(x() - m_labelOffset, y() - m_labelOffset);
@@ -489,14 +517,16 @@ void CTavoIcon::paint(QPainter* painter)
             }
         }
     }
-    m_label->paintOwned(painter, m_inverted);
+    if (m_label)
+        m_label->paintOwned(painter, m_inverted);
 }
 
 void CTavoIcon::reSizeAllElementsBy(float fx, float fy)
 {
     const QSize target(roundHalfUp(float(m_designSize.width()) * fx), roundHalfUp(float(m_designSize.height()) * fy));
     init(m_definition, target, IconAndLabel, RestrictBoth);
-    m_label->sizeBy(fx, fy);
+    if (m_label)
+        m_label->sizeBy(fx, fy);
 }
 
 void CTavoIcon::refreshDom()

@@ -48,7 +48,8 @@ public:
     int actualIconWidth() const;
 
     const CTavoIconDefinition& definition() const { return m_definition; }
-    CTavoIconLabel* label() const { return m_label; }
+    // The label; made on first use, so never null.
+    CTavoIconLabel* label() const;
     QRect iconRect() const { return m_iconRect; }
     int iconType() const { return m_iconType; }
     int displayMode() const { return m_displayMode; }
@@ -89,6 +90,7 @@ private:
     // owner placed it, with the label's offset or location applied.
     void placeElements(bool moved);
     void reloadInto(bool inverted);
+    CTavoIconLabel* ensureLabel();
 
     QString m_previousState;
     CTavoIconDefinition m_definition;

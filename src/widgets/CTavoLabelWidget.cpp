@@ -1,6 +1,5 @@
 #include "widgets/CTavoLabelWidget.h"
 
-#include <QFontInfo>
 #include <QFontMetrics>
 #include <QPainter>
 #include <QTextFormat>
@@ -25,9 +24,26 @@ const QTextCharFormat& emptyCharFormat()
     return format;
 }
 
-int pixelSizeOf(const QFont& font)
+// QFont::setPixelSize detaches even for the size the font has: labels would
+// each keep a private copy of a font they share with their style.
+void setFontPixelSize(QFont& font, int pixels)
 {
-    return font.pixelSize() > 0 ? font.pixelSize() : QFontInfo(font).pixelSize();
+    if (font.pixelSize() != pixels)
+        font.setPixelSize(pixels);
+}
+
+// Labels of one style build equal highlight formats; they share one copy.
+const QTextCharFormat& sharedCharFormat(const QTextCharFormat& format)
+{
+    static QVector<QTextCharFormat> formats;
+    for (const QTextCharFormat& known : qAsConst(formats)) {
+        if (known == format)
+            return known;
+    }
+    if (formats.size() >= 64)  // a host that makes ever new formats must not grow it for ever
+        formats.clear();
+    formats.append(format);
+    return formats.constLast();
 }
 
 } // namespace
@@ -137,7 +153,7 @@ void CTavoLabelWidget::shrinkToFit(const QString& text, bool estimate)
     // Never below the floor: past it the text is elided instead.
     size = qMax(size, m_minPixelSize);
     m_currentPixelSize = size;
-    m_font.setPixelSize(size);
+    setFontPixelSize(m_font, size);
     rebuildMetrics();
 }
 
@@ -161,7 +177,7 @@ void CTavoLabelWidget::applyText(const QString& text, bool simpleShrink, bool re
     if (lengthChanged && m_basePixelSize > 0) {
         const int size = qMax(1, int(m_basePixelSize * m_scaleFactor));
         m_currentPixelSize = size;
-        m_font.setPixelSize(size);
+        setFontPixelSize(m_font, size);
         rebuildMetrics();
     }
     if (width() == 0) {
@@ -243,7 +259,7 @@ void CTavoLabelWidget::setStyle(const QFont& font, const QPen& pen, int flags, b
         m_basePixelSize = pixelSizeOf(font);
         m_currentPixelSize = m_basePixelSize;
     } else if (m_currentPixelSize > 0) {
-        m_font.setPixelSize(m_currentPixelSize);
+        setFontPixelSize(m_font, m_currentPixelSize);
     }
     rebuildMetrics();
     applyLayoutFont();
@@ -283,16 +299,17 @@ void CTavoLabelWidget::layout(bool keepPixelSize)
     m_customCropPixels = int(style->UInt(QStringLiteral("custom-crop-char-pixels"), 0));
     m_elideFromLeft = style->Bool(QStringLiteral("elide-from-left"), false);
 
-    m_highlightFormat = emptyCharFormat();
+    QTextCharFormat highlight = emptyCharFormat();
     m_highlightPen = style->Pen(QStringLiteral("highlighted-color"), QPen());
     bool found = false;
     const QColor highlighted = style->Color(QStringLiteral("highlighted-color"), QColor(), &found);
     if (found && highlighted.isValid())
-        m_highlightFormat.setProperty(QTextFormat::ForegroundBrush, QBrush(highlighted));
+        highlight.setProperty(QTextFormat::ForegroundBrush, QBrush(highlighted));
     const QBrush background = style->Brush(QStringLiteral("highlighted-background"), QBrush(), &found);
     if (found)
-        m_highlightFormat.setProperty(QTextFormat::BackgroundBrush, background);
-    m_highlightFormat.setFont(style->Font(QStringLiteral("highlighted-font"), m_font));
+        highlight.setProperty(QTextFormat::BackgroundBrush, background);
+    highlight.setFont(style->Font(QStringLiteral("highlighted-font"), m_font));
+    m_highlightFormat = sharedCharFormat(highlight);
     m_shadow = style->Bool(QStringLiteral("shadow"), false);
 
     if (m_minimumSize.width() > 0 && m_minimumSize.height() > 0)
@@ -356,7 +373,7 @@ void CTavoLabelWidget::resizeText(int pixels)
         return;
     m_basePixelSize = pixels;
     m_currentPixelSize = pixels;
-    m_font.setPixelSize(pixels);
+    setFontPixelSize(m_font, pixels);
     rebuildMetrics();
     applyLayoutFont();
     reformat();

@@ -2,7 +2,6 @@
 
 #include <QAbstractTextDocumentLayout>
 #include <QApplication>
-#include <QFontInfo>
 #include <QFontMetrics>
 #include <QImage>
 #include <QPainter>
@@ -34,11 +33,6 @@ void destroySharedPage()
 {
     delete s_sharedPage;
     s_sharedPage = nullptr;
-}
-
-int pixelSizeOf(const QFont& font)
-{
-    return font.pixelSize() > 0 ? font.pixelSize() : QFontInfo(font).pixelSize();
 }
 
 // Grey, half transparent: the look of disabled HTML.

@@ -49,13 +49,8 @@ void CTavoWidget::setSurfaceAccess(SurfaceStyleSheetFn styleSheetOf, SurfaceChil
 
 bool CTavoWidget::isLayoutWidget(const QObject* object)
 {
-    if (!object)
-        return false;
-    for (const QMetaObject* meta = object->metaObject(); meta; meta = meta->superClass()) {
-        if (std::strcmp(meta->className(), "CTavoLayoutWidget") == 0)
-            return true;
-    }
-    return false;
+    // By class name: widgets/ must not depend on the surface class of layout/.
+    return object && object->inherits("CTavoLayoutWidget");
 }
 
 CTavoWidget::CTavoWidget(QWidget* parent, unsigned int kind, int x, int y, int w, int h)

@@ -3,6 +3,8 @@
 // The one place where single-block text is wrapped and elided, and the few
 // painters that draw the prepared layouts. Labels and captions call these, so
 // every text on the screen breaks and elides the same way.
+#include <QFont>
+#include <QFontInfo>
 #include <QFontMetrics>
 #include <QRect>
 #include <QSize>
@@ -12,7 +14,6 @@
 
 class QPainter;
 class QPen;
-class QFont;
 
 // Wrap bits of the text flags; they sit beside the alignment bits.
 enum TavoTextWrapFlagsT {
@@ -21,6 +22,12 @@ enum TavoTextWrapFlagsT {
     TavoTextAnywhere = 8192,
     TavoTextWordWrapOrAnywhere = 12288
 };
+
+// A font's size in pixels, also for a font whose size was given in points.
+inline int pixelSizeOf(const QFont& font)
+{
+    return font.pixelSize() > 0 ? font.pixelSize() : QFontInfo(font).pixelSize();
+}
 
 // The process-wide ellipsis, one character (U+2026).
 TGUI_EXPORT const QString& tavoTextEllipsis();

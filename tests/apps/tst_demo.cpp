@@ -93,7 +93,7 @@ class TestDemo : public QObject
     TinyProxy m_proxy2;
     QString m_coreOut;
     QString m_guiOut;
-    QString m_guiLog;
+    QString m_guiLog;  // its standard error: the log before the log client is up
     int m_guiExit = -1;
     int m_dbsExit = -1;
 
@@ -118,6 +118,7 @@ private slots:
         QVERIFY(run.mkpath("Skins"));
         QVERIFY(QFile::link(kRunDir + "/Skins/default", m_dir.filePath("Skins/default")));
         QVERIFY(QFile::link(kRunDir + "/Skins/common", m_dir.filePath("Skins/common")));
+        QVERIFY(QFile::link(kRunDir + "/Skins/leaf", m_dir.filePath("Skins/leaf")));
         QVERIFY(QFile::copy(kRunDir + "/qt.conf", m_dir.filePath("qt.conf")));
         // The child that zedagui supervises.
         QVERIFY(QFile::link(kBinDir + "/tgui-child", m_dir.filePath("tgui-child")));
@@ -203,6 +204,9 @@ private slots:
         QVERIFY(m_guiOut.contains("zedagui: scenario ended, 102 screenshots"));
         QVERIFY(m_coreOut.contains("SCENARIO done"));
         QVERIFY(!m_coreOut.contains("SCENARIO timeout"));
+        // A clean start finds every font the manager loads.
+        QVERIFY2(!m_guiLog.contains("Failed to add font"), qPrintable(m_guiLog.left(4000)));
+        QVERIFY2(m_guiLog.contains("Added font: ./Skins/leaf/fonts/DroidNaskh-Bold.ttf"), qPrintable(m_guiLog.left(4000)));
     }
 
     void coreReceivesThePressesAndTheTranslationRequestInOrder()

@@ -14,6 +14,15 @@ GuiAppsMsgHdrT header(int32_t length, int32_t destination, uint8_t type, uint16_
     h.checksum = uint8_t(uint32_t(length) + uint32_t(source) + uint32_t(destination) + type + reserved);
     return h;
 }
+
+QByteArray frameBytes(const QByteArray& payload)
+{
+    char* frame = appDefsAssembleMessage(GuiAppsTavoapp, GuiAppsZedagui, payload.constData(),
+                                         payload.size(), GuiAppsMsgTxml);
+    const QByteArray bytes(frame, 16 + payload.size());
+    delete[] frame;
+    return bytes;
+}
 }  // namespace
 
 class TestAppDefs : public QObject
@@ -90,9 +99,41 @@ private slots:
         QCOMPARE((QList<int>{src, dst, length, type}), (QList<int>{GuiAppsEm, GuiAppsEm, 77, GuiAppsMsgMemshow}));
     }
 
+    // A peer's buffer: whole frames are cut, partial ones wait, a broken header stops it.
+    void frameLengthInABuffer_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<int>("size");
+        const QByteArray one = frameBytes("abc");
+        QTest::newRow("nothing") << QByteArray() << 0;
+        QTest::newRow("15 bytes") << one.left(15) << 0;
+        QTest::newRow("header without all its payload") << one.left(18) << 0;
+        QTest::newRow("whole frame") << one << 19;
+        QTest::newRow("first of two") << one + frameBytes("") << 19;
+        QTest::newRow("empty payload") << frameBytes("") << 16;
+        QByteArray corrupt = one;
+        corrupt[13] = char(corrupt[13] ^ 1);
+        QTest::newRow("bad checksum") << corrupt << -1;
+        const GuiAppsMsgHdrT negative = header(-1, GuiAppsZedagui, 0, 0);
+        QTest::newRow("negative length")
+            << QByteArray(reinterpret_cast<const char*>(&negative), 16) << -1;
+    }
+    void frameLengthInABuffer()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(int, size);
+        GuiAppsMsgHdrT h{};
+        // Unaligned on purpose: buffers hand out any offset.
+        const QByteArray shifted = "x" + bytes;
+        QCOMPARE(appDefsFrameLength(shifted.constData() + 1, bytes.size(), &h), size);
+        if (size > 0)
+            QCOMPARE(int(h.length), size - 16);
+        QCOMPARE(appDefsFrameLength(nullptr, 100), 0);
+    }
+
     void nameTable()
     {
-        // A mask names its lowest known bit; no known bit, no name.
+        // A mask names its highest known bit; no known bit, no name.
         QVERIFY(!appDefsName(GuiAppsNone) && !appDefsName(GuiAppsT(0x1000)));
         QCOMPARE(appDefsName(GuiAppsT(3)), "browser");
         QCOMPARE(appDefsName(GuiAppsT(0x1008)), "dbs");

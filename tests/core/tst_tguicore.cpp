@@ -1,54 +1,29 @@
 // The simulated core as a real process: registrations, routing by destination
 // mask, status masks, printed events and TLS. zedagui playing a scenario to it
 // is the demo's end-to-end test.
-#include <QElapsedTimer>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include "LoopbackPeer.h"
+#include "ProgramProcess.h"
 #include "core/TavoGlobals.h"
 
 #include "CTXMLRoot.h"
 
 namespace {
 
-// tgui-core on a free port; its output lines are collected.
-class Core
-{
-public:
+// tgui-core on a free loopback port.
+struct Core : ProgramProcess {
     explicit Core(const QStringList& extra = {})
+        : ProgramProcess(QStringLiteral("tgui-core"), QStringList{"--port", "0", "--listen", "127.0.0.1"} + extra)
     {
-        process.setProgram(QStringLiteral(TGUI_BIN_DIR "/tgui-core"));
-        process.setArguments(QStringList{"--port", "0", "--listen", "127.0.0.1"} + extra);
-        process.setProcessChannelMode(QProcess::SeparateChannels);
-        process.start();
     }
-    ~Core()
-    {
-        process.terminate();
-        if (!process.waitForFinished(3000))
-            process.kill();
-        process.waitForFinished(3000);
-    }
-    bool has(const QString& part)
-    {
-        output += QString::fromUtf8(process.readAllStandardOutput());
-        return output.contains(part);
-    }
-    quint16 port()
-    {
-        QElapsedTimer t;
-        t.start();
-        while (!has("LISTENING ") && t.elapsed() < 8000)
-            QTest::qWait(10);
-        if (!has("LISTENING "))
-            return 0;
-        const int at = output.indexOf("LISTENING ") + 10;
-        return quint16(output.mid(at, output.indexOf(QRegularExpression("[ \\n]"), at) - at).toUInt());
-    }
-    QProcess process;
-    QString output;
+    bool has(const QString& part) { return out().contains(part); }
+    quint16 port() { return listeningPort(8000); }
 };
 }  // namespace
 
@@ -78,6 +53,8 @@ private slots:
         QTRY_VERIFY(gui.got.size() == 2);
         QVERIFY(root.parse(gui.got.last().data));
         QCOMPARE(int(root.appStatus), 256 | 8 | 1);
+        // The peer's own copy of the new mask may come after the GUI's.
+        QTRY_VERIFY(!db.got.isEmpty());
 
         // A request of the GUI to "dbs" reaches the database peer, source kept.
         const int before = db.got.size();
@@ -115,6 +92,44 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(core.has("REGISTER zedagui"), 10000);
         QTRY_VERIFY(!gui.got.isEmpty());
         QVERIFY(gui.got.first().data.contains("AppStatus"));
+    }
+
+    // A registered peer that never reads is cut off once its queue passes the
+    // limit; the others go on, and SIGTERM then ends the core with code 0.
+    void dropsAPeerThatDoesNotReadAndStopsOnSignal()
+    {
+        Core core({"--queue-limit", "1048576"});
+        const quint16 port = core.port();
+        QVERIFY(port);
+        const int silent = ::socket(AF_INET, SOCK_STREAM, 0);
+        QVERIFY(silent >= 0);
+        sockaddr_in to{};
+        to.sin_family = AF_INET;
+        to.sin_port = htons(port);
+        to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        QCOMPARE(::connect(silent, reinterpret_cast<sockaddr*>(&to), sizeof to), 0);
+        const QByteArray registration = LoopbackPeer::frame(GuiAppsZedagui, GuiAppsTavoapp, "zedagui");
+        QCOMPARE(::send(silent, registration.constData(), size_t(registration.size()), 0),
+                 ssize_t(registration.size()));
+        QTRY_VERIFY_WITH_TIMEOUT(core.has("REGISTER zedagui"), 10000);
+
+        Receiver db;
+        ComPtr dbs(new CTavoCoreCommunicator("127.0.0.1", port, "dbs", false));
+        connect(dbs.get(), &CTavoCoreCommunicator::messageReceived, &db, &Receiver::onMessage);
+        QTRY_VERIFY_WITH_TIMEOUT(core.has("REGISTER dbs"), 10000);
+        const QByteArray big(1024 * 1024, 'x');
+        for (int i = 0; i < 48 && !core.has("DROP zedagui"); ++i) {
+            dbs->send(const_cast<char*>(big.constData()), GuiAppsZedagui, GuiAppsMsgDb);
+            QTest::qWait(20);
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(core.has("DROP zedagui does not read"), 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(core.has("DISCONNECT zedagui"), 10000);
+        // The status mask without the dropped peer reaches the one left.
+        QTRY_VERIFY_WITH_TIMEOUT(!db.got.isEmpty() && db.got.last().data.contains("mask=\"264\""), 10000);
+        ::close(silent);
+
+        QCOMPARE(core.stop(), 0);
+        QVERIFY(core.out().contains("STOPPING"));
     }
 
 };

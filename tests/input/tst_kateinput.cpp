@@ -415,14 +415,15 @@ private slots:
         clock.start();
         QTest::qWait(500);
         QVERIFY(s.kate.isVisible());
-        s.taps({5});
         const qint64 second = clock.elapsed();
+        s.taps({5});
         QSignalSpy shown(&s.kate, &CTavoKateInput::showme);
         QTest::qWait(500);
         // 1000 ms after the first press the second one still holds it up.
         QVERIFY(s.kate.isVisible() && s.kate.isTimerRunning());
         QTRY_VERIFY_WITH_TIMEOUT(!s.kate.isVisible(), 2000);
-        QVERIFY(clock.elapsed() >= second + 800);
+        // Qt's default (coarse) timers may fire up to 5% early.
+        QVERIFY2(clock.elapsed() >= second + 760, qPrintable(QString::number(clock.elapsed() - second)));
         QCOMPARE(shown.count(), 1);
         QCOMPARE(shown.first().at(1).toBool(), false);
         QCOMPARE(s.typed, QStringList({"j", "~k"}));

@@ -8,7 +8,7 @@
 #include <QtTest>
 #include <memory>
 
-#include "../core/LoopbackPeer.h"
+#include "LoopbackPeer.h"
 #include "core/TavoGlobals.h"
 #include "layout/CTavoLayoutMgr.h"
 #include "layout/CTavoLayoutWidget.h"
@@ -127,6 +127,45 @@ private slots:
         QCOMPARE(qgetenv("DAISY_CHAINED_DEVICE"), QByteArray("0"));
         // The link was made with the profile's port and registers under the application's name.
         QCOMPARE(m_peer->frames.first().payload, QByteArray("zedagui"));
+    }
+
+    // A port that is not one is kept as the link takes it (the number, or 0,
+    // as 16 bits), and the log says what was written and what is used.
+    void badPortsAreNamedInTheLog_data()
+    {
+        QTest::addColumn<QByteArray>("written");
+        QTest::addColumn<int>("stored");
+        QTest::addColumn<QString>("line");
+        QTest::newRow("good") << QByteArray("10011") << 10011 << QString();
+        QTest::newRow("text") << QByteArray("abc") << 0
+                              << QString("Skins/test.conf: ComServerPort \"abc\" is not a port from 0 to 65535; using port 0");
+        QTest::newRow("too big") << QByteArray("99999") << 99999
+                                 << QString("Skins/test.conf: ComServerPort \"99999\" is not a port from 0 to 65535; using port 34463");
+        QTest::newRow("negative") << QByteArray("-1") << -1
+                                  << QString("Skins/test.conf: ComServerPort \"-1\" is not a port from 0 to 65535; using port 65535");
+    }
+    void badPortsAreNamedInTheLog()
+    {
+        QFETCH(QByteArray, written);
+        QFETCH(int, stored);
+        QFETCH(QString, line);
+        QFile skins(m_dir.filePath("Skins/test.conf"));
+        QVERIFY(skins.open(QIODevice::WriteOnly));
+        skins.write("[zedagui]\nSkinFile=Skins/test/test.xml\nComServerPort=" + written
+                    + "\ntavosimServerPort=70000\n");
+        skins.close();
+        static QStringList lines;
+        lines.clear();
+        const QtMessageHandler previous = qInstallMessageHandler(
+            [](QtMsgType, const QMessageLogContext&, const QString& msg) { lines << msg; });
+        std::unique_ptr<Host> other(new Host(nullptr, Qt::WindowFlags(), true));
+        qInstallMessageHandler(previous);
+        QCOMPARE(other->coreComPort(), stored);
+        QCOMPARE(other->tavosimServerPort(), 70000);
+        const QStringList said = lines.filter("is not a port");
+        QCOMPARE(said.filter("ComServerPort").value(0), line);
+        QCOMPARE(said.filter("tavosimServerPort").value(0),
+                 QString("Skins/test.conf: tavosimServerPort \"70000\" is not a port from 0 to 65535; using port 4464"));
     }
 
     void configurationPairsTakeEffect()

@@ -16,9 +16,11 @@ using namespace logtest;
 
 namespace {
 QStringList console;
-void toConsole(QtMsgType, const QMessageLogContext&, const QString& msg)
+QStringList consoleCategories;  // "category type" of each console line
+void toConsole(QtMsgType type, const QMessageLogContext& context, const QString& msg)
 {
     console << msg;
+    consoleCategories << QString("%1 %2").arg(context.category).arg(int(type));
 }
 
 void logLimited(UtilLogC& client, UtilLogRateLimiterT* limiter, const char* format, ...)
@@ -54,6 +56,7 @@ private slots:
     {
         receiver->drain();
         console.clear();
+        consoleCategories.clear();
     }
 
     void guiLogWithoutClientGoesToConsole()
@@ -66,6 +69,15 @@ private slots:
         guiLogRaw(2, nullptr);
         QCOMPARE(console, QStringList({"zedagui Connected to 127.0.0.1:10010", "100% raw %s",
                                        QString(16383, 'x'), QString(16383, 'x')}));
+        // Debug messages of the category "tgui": a host filters them by rule.
+        const QString debugOfTgui = QString("tgui %1").arg(int(QtDebugMsg));
+        QCOMPARE(consoleCategories, QStringList({debugOfTgui, debugOfTgui, debugOfTgui, debugOfTgui}));
+        QLoggingCategory::setFilterRules("tgui.debug=false");
+        guiLog(5, "filtered out");
+        guiLogRaw(5, "filtered out");
+        QLoggingCategory::setFilterRules(QString());
+        guiLog(5, "back");
+        QCOMPARE(console.mid(4), QStringList({"back"}));
 
         // A name outside the table gives no client, even with the link up.
         CTavoGuiLog log("zedagui", 0, true);

@@ -3,7 +3,9 @@
 
 #include <cstdint>
 #include <cstring>
+#include <new>
 
+#include "style/CTavoResourceRepository.h"
 #include "style/CTavoStyleSheet.h"
 
 static QGuiApplication* app()
@@ -20,7 +22,16 @@ class Probe : public QObject
 {
 };
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+// The repository keeps every SVG renderer it made until it is destroyed, by
+// design: handles to them may be about. A fuzz input names new paths each
+// time, so each input ends with a fresh repository, as a new process would have.
+static void freshRepository()
+{
+    StyleResourceContainer.~CTavoResourceRepository();
+    new (&StyleResourceContainer) CTavoResourceRepository;
+}
+
+static int fuzzOne(const uint8_t* data, size_t size)
 {
     app();
     // First line is the attribute text, the rest the style text.
@@ -42,5 +53,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         sheet.get(it.key());
     sheet.getDefinedClasses({QStringLiteral("x"), QStringLiteral("y")});
     CTavoWidgetStyle::resetScaling();
+    // Deferred deletions and Qt's cache-trimming timers run as in a GUI's event loop.
+    QCoreApplication::processEvents();
     return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    // The input's styles and their image handles are gone before the repository goes.
+    const int result = fuzzOne(data, size);
+    freshRepository();
+    return result;
 }

@@ -3,6 +3,7 @@
 #include <QPropertyAnimation>
 
 #include <cstdint>
+#include <new>
 
 #include "style/CTavoResourceRepository.h"
 #include "style/CTavoWidgetStyle.h"
@@ -17,7 +18,16 @@ static void app()
     (void)instance;
 }
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+// The repository keeps every SVG renderer it made until it is destroyed, by
+// design: handles to them may be about. A fuzz input names new paths each
+// time, so each input ends with a fresh repository, as a new process would have.
+static void freshRepository()
+{
+    StyleResourceContainer.~CTavoResourceRepository();
+    new (&StyleResourceContainer) CTavoResourceRepository;
+}
+
+static int fuzzOne(const uint8_t* data, size_t size)
 {
     app();
     if (size < 1)
@@ -40,6 +50,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     style.AnimationPtr("animation", &parent);
     CTavoWidgetStyle::scaleStylesheet(value);
     CTavoWidgetStyle::resetScaling();
-    StyleResourceContainer.reset();
+    // Deferred deletions and Qt's cache-trimming timers run as in a GUI's event loop.
+    QCoreApplication::processEvents();
     return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    // The input's styles and their image handles are gone before the repository goes.
+    const int result = fuzzOne(data, size);
+    freshRepository();
+    return result;
 }

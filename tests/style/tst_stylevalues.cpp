@@ -11,6 +11,9 @@
 #include "style/CTavoWidgetStyle.h"
 #include "StyleTestFiles.h"
 
+// Heap in use, where the sanitizer runtime tells it; 0 elsewhere.
+extern "C" size_t __sanitizer_get_current_allocated_bytes() __attribute__((weak));
+
 static CTavoWidgetStyle block(const QString& text)
 {
     CTavoWidgetStyle style;
@@ -339,6 +342,23 @@ private slots:
         void* second = StyleResourceContainer.registerPixmap(m_upperSvg, QSize(), stored);
         QVERIFY(first != second);
         QVERIFY(CTavoImage(QMetaType::Type(TavoVectorImageType), first).width() == 16); // old handle still alive
+    }
+
+    // A hostile skin may name any number of properties: the lookup of their
+    // types must not keep them all. Types stay right after the memo starts afresh.
+    void typeLookupStaysBounded()
+    {
+        if (!__sanitizer_get_current_allocated_bytes)
+            QSKIP("needs the sanitizer runtime to count the heap");
+        for (int i = 0; i < 4000; ++i)
+            CTavoWidgetStyle::getType(QStringLiteral("warm-up-%1").arg(i));
+        const size_t before = __sanitizer_get_current_allocated_bytes();
+        for (int i = 0; i < 60000; ++i)
+            CTavoWidgetStyle::getType(QStringLiteral("hostile-property-name-%1").arg(i));
+        const qint64 grown = qint64(__sanitizer_get_current_allocated_bytes()) - qint64(before);
+        QVERIFY2(grown < 512 * 1024, qPrintable(QStringLiteral("grew by %1 bytes").arg(grown)));
+        QCOMPARE(CTavoWidgetStyle::getType(QStringLiteral("pressed-color")),
+                 CTavoWidgetStyle::getType(QStringLiteral("color")));
     }
 
     void imageHandlesAndPainting()

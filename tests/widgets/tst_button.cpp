@@ -19,6 +19,7 @@
 #include "widgets/CTavoButton.h"
 #include "widgets/CTavoButtonDefs.h"
 #include "widgets/CTavoIcon.h"
+#include "widgets/CTavoIconLabel.h"
 #include "widgets/CTavoLabelWidget.h"
 #include "widgets/CTavoVarWidthButton.h"
 
@@ -316,6 +317,24 @@ private slots:
         s.m_label.clear();
         styled("sizeless", sizeless);
         QCOMPARE(sizeless.rect().size(), QSize(20, 10));
+
+        // A second text or an icon count that comes later is placed, styled and
+        // painted as one there from the start; the labels keep their order.
+        TavoButtonSettings plain = settings("Main", "u", QString(), QString(), kMessages, QString());
+        CTavoButton late;
+        late.setStyleSheet(&m_sheet, false);
+        late.init(&plain);
+        late.move(0, 0);
+        late.setAltLabel("9");
+        QCOMPARE(late.altLabelWidget()->rect(), QRect(115 - 30, 5, 30, 14));
+        QVERIFY(late.altLabelWidget()->isVisible());
+        QCOMPARE(late.altLabelWidget()->font().pixelSize(), 12);
+        const QList<CTavoWidget*> parts = late.findChildren<CTavoWidget*>(QString(), Qt::FindDirectChildrenOnly);
+        QVERIFY(parts.indexOf(late.altLabelWidget()) >= 0
+                && parts.indexOf(late.altLabelWidget()) < parts.indexOf(late.labelWidget()));
+        late.icon()->init(CTavoIconDefinition(QString(), "4", kMessages), true);
+        QVERIFY(late.icon()->label()->isVisible() && late.icon()->label()->text() == "4");
+        QCOMPARE(late.icon()->label()->pos(), late.icon()->pos());
     }
 
     void backgroundsFollowTheState()
