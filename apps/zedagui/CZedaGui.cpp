@@ -10,6 +10,7 @@
 
 #include "CTXMLEvent.h"
 #include "CZedaCallHistoryScreen.h"
+#include "CZedaContactsScreen.h"
 #include "CZedaDirectoryScreen.h"
 #include "CZedaHomeScreen.h"
 #include "CZedaMeetingScreen.h"
@@ -182,6 +183,12 @@ void CZedaGui::initWidgets()
     if (!style.isEmpty())
         calls->applySkin(style, attributes);
     addScreen(QStringLiteral("Home:CallHistory"), calls);
+    auto* contacts = new CZedaContactsScreen(this);
+    attributes.clear();
+    style = itemStyle(skin, "contacts", &attributes);
+    if (!style.isEmpty())
+        contacts->applySkin(style, attributes);
+    addScreen(QStringLiteral("Home:Contacts"), contacts);
 
     refreshClock();
     refreshPhoneState();

@@ -697,12 +697,19 @@ void paintDescendants(QPainter* painter, const QObject* node)
             paintDescendants(painter, child);
     }
 }
+
+// A class that paints its painted children in its own paint() says so with
+// Q_CLASSINFO("TavoPaintsChildren", "yes"): the view then leaves them alone.
+bool paintsOwnChildren(const CTavoWidget* widget)
+{
+    return widget->metaObject()->indexOfClassInfo("TavoPaintsChildren") >= 0;
+}
 }  // namespace
 
 void CTavoView::paintWidget(QPainter* painter, CTavoWidget* widget)
 {
     widget->paint(painter);
-    if (!widget->children().isEmpty())
+    if (!widget->children().isEmpty() && !paintsOwnChildren(widget))
         paintDescendants(painter, widget);
 }
 

@@ -176,11 +176,11 @@ private slots:
         QProcess gui;
         gui.setWorkingDirectory(m_dir.path());
         gui.start(kBinDir + "/zedagui",
-                  {"--screenshots", m_dir.filePath("shots"), "--quit-on-end", "--deadline", "100000",
+                  {"--screenshots", m_dir.filePath("shots"), "--quit-on-end", "--deadline", "200000",
                    "--directory-url", "https://directory.test/auth/soap", "--directory-pac", pac.fileName(),
                    "--directory-user", "alice", "--directory-password", "secret"});
         QVERIFY(gui.waitForStarted());
-        QVERIFY(gui.waitForFinished(120000));
+        QVERIFY(gui.waitForFinished(220000));
         m_guiExit = gui.exitCode();
         m_guiOut = QString::fromUtf8(gui.readAllStandardOutput());
         m_guiLog = QString::fromUtf8(gui.readAllStandardError());
@@ -188,6 +188,8 @@ private slots:
             qWarning("%s", qPrintable(m_guiLog.right(4000)));
         QVERIFY(core.waitForFinished(20000));
         m_coreOut = QString::fromUtf8(early + core.readAll());
+        if (core.exitCode() != 0)
+            qWarning("%s", qPrintable(m_coreOut.right(3000)));
         QCOMPARE(core.exitCode(), 0);
         dbs.terminate();
         QVERIFY(dbs.waitForFinished(10000));
@@ -201,7 +203,7 @@ private slots:
         const QRegularExpressionMatch m = frame.match(m_guiOut);
         QVERIFY2(m.hasMatch(), qPrintable(m_guiOut));
         QVERIFY(m.captured(1).toInt() > 0);
-        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 91 screenshots"));
+        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 102 screenshots"));
         QVERIFY(m_coreOut.contains("SCENARIO done"));
         QVERIFY(!m_coreOut.contains("SCENARIO timeout"));
         // A clean start finds every font the manager loads.
@@ -245,7 +247,7 @@ private slots:
         // three results, the supervised child its two changes of state, the call
         // history its tile and Back, the Account screen its three Script presses
         // and Back.
-        QCOMPARE(m_coreOut.count("EVENT zedagui"), 25);
+        QCOMPARE(m_coreOut.count("EVENT zedagui"), 26);
     }
 
     void theHomeScreenCountsTheDirectorysContacts()
@@ -263,7 +265,7 @@ private slots:
     void everyScreenshotIsARealScreen()
     {
         const QStringList names = QDir(m_dir.filePath("shots")).entryList({"*.png"}, QDir::Files, QDir::Name);
-        QCOMPARE(names.size(), 91);
+        QCOMPARE(names.size(), 102);
         for (const QString& file : names) {
             const QImage image = shot(file.chopped(4));
             QCOMPARE(image.size(), QSize(800, 480));
@@ -404,6 +406,57 @@ private slots:
         QVERIFY2(!hid.isEmpty() && bar.contains(hid), qPrintable(QString("%1,%2 %3x%4").arg(hid.x()).arg(hid.y()).arg(hid.width()).arg(hid.height())));
         // Back on the home screen as it was.
         QVERIFY(diffBox(step("network-back"), step("calls-back-home"), QRect(0, 0, 800, 40)).isEmpty());
+    }
+
+    void contactsListFollowsTheLiveTable()
+    {
+        // What zedagui printed beside each screenshot of the contacts.
+        QHash<QString, QHash<QString, QString>> facts;
+        QString last;
+        for (const QString& line : m_guiOut.split('\n')) {
+            const QRegularExpressionMatch name = QRegularExpression("screenshot .*/\\d\\d-([^/]*)\\.png$").match(line);
+            if (name.hasMatch())
+                last = name.captured(1);
+            if (line.startsWith("zedagui: screen contacts: ")) {
+                for (const QString& pair : line.mid(26).split(' ')) {
+                    const int eq = pair.indexOf('=');
+                    facts[last][pair.left(eq)] = pair.mid(eq + 1);
+                }
+            }
+        }
+        auto at = [&](const char* shot, const char* key) { return facts.value(shot).value(key); };
+        QVERIFY2(facts.contains("contacts-list"), qPrintable(m_guiOut));
+        // The tile opened the list.
+        QCOMPARE(at("contacts-opened", "rows"), QString("13"));
+        // Thirteen contacts, of which only those in view were built, the first focused.
+        QCOMPARE(at("contacts-list", "rows"), QString("13"));
+        QVERIFY(at("contacts-list", "built").toInt() >= 6 && at("contacts-list", "built").toInt() < 13);
+        QCOMPARE(at("contacts-list", "focus"), QString("1"));
+        // The peer's insertion: a fourteenth row, focused; deleted, gone; then none.
+        QVERIFY2(at("contacts-inserted", "rows") == "14", qPrintable(m_guiOut.right(6000)));
+        QCOMPARE(at("contacts-inserted", "focus"), QString("14"));
+        QCOMPARE(at("contacts-deleted", "rows"), QString("13"));
+        QCOMPARE(at("contacts-empty", "rows"), QString("0"));
+        QCOMPARE(at("contacts-restored", "rows"), QString("13"));
+
+        const QRect list(0, 56, 800, 360);
+        const QImage shown = step("contacts-list");
+        const QImage inserted = step("contacts-inserted");
+        const QImage empty = step("contacts-empty");
+        QVERIFY(!shown.isNull() && !inserted.isNull() && !empty.isNull());
+        QVERIFY(brightPixels(shown, list) > 2000);
+        // The new row scrolled into view at the bottom of the list.
+        // (Beside the list's own softkeys, which came just before.)
+        const QRect moved = diffBox(step("contacts-softkeys"), inserted, QRect(0, 0, 800, 56));
+        QVERIFY2(list.contains(moved) && moved.height() > 200, qPrintable(QString("%1,%2 %3x%4").arg(moved.x()).arg(moved.y()).arg(moved.width()).arg(moved.height())));
+        QVERIFY(!diffBox(inserted, step("contacts-deleted"), QRect(0, 0, 800, 56)).isEmpty());
+        // Emptied: a short note where the rows were.
+        const int note = brightPixels(empty, list);
+        QVERIFY2(note > 30 && note < brightPixels(shown, list) / 4, qPrintable(QString::number(note)));
+        QVERIFY(diffBox(shown, empty, QRect(0, 0, 800, 56)).intersects(QRect(0, 56, 800, 120)));
+        QVERIFY(m_guiLog.contains("zedagui: the contacts table is empty"));
+        // Home again, with every contact back.
+        QVERIFY(diffBox(step("contacts-home"), step("contacts-back-home"), QRect(0, 0, 800, 40)).isEmpty());
     }
 
     void homeTilesSwipeToTheirSecondPage()
