@@ -138,7 +138,7 @@ directory=(--directory-url https://directory.test/auth/soap --directory-pac "$ne
 status=0
 if [ -z "${DISPLAY:-}" ]; then
   QT_QPA_PLATFORM=offscreen "$build/bin/zedagui" --screenshots "$out" --quit-on-end \
-      --deadline 90000 "${directory[@]}" 2>"$out/zedagui.log" || status=$?
+      --deadline 150000 "${directory[@]}" 2>"$out/zedagui.log" || status=$?
   wait "$core" || true
   wait "$reader" || true
   echo "screenshots in $out:"
