@@ -10,7 +10,7 @@
 #include <QtTest>
 #include <memory>
 
-#include "../core/LoopbackPeer.h"
+#include "LoopbackPeer.h"
 #include "automation/CTavoUITA.h"
 #include "automation/TavoUiReport.h"
 #include "core/TavoGlobals.h"
