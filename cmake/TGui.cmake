@@ -77,11 +77,19 @@ function(tgui_add_subdirs dir)
   endforeach()
 endfunction()
 
+# Where tests find the programs they start. Under emulation (a cross build with
+# CMAKE_CROSSCOMPILING_EMULATOR) the kernel cannot run them directly: the folder then
+# holds one wrapper per program that starts it through the emulator.
+set(TGUI_TEST_BIN_DIR ${PROJECT_BINARY_DIR}/bin)
+if(CMAKE_CROSSCOMPILING_EMULATOR)
+  set(TGUI_TEST_BIN_DIR ${PROJECT_BINARY_DIR}/emulated-bin)
+endif()
+
 set(TGUI_TEST_ENV
     "QT_QPA_PLATFORM=offscreen"
     "TGUI_SOURCE_DIR=${PROJECT_SOURCE_DIR}"
     "TGUI_RUN_DIR=${PROJECT_SOURCE_DIR}/run"
-    "TGUI_BIN_DIR=${PROJECT_BINARY_DIR}/bin"
+    "TGUI_BIN_DIR=${TGUI_TEST_BIN_DIR}"
     "ASAN_OPTIONS=detect_leaks=1:abort_on_error=1:strict_string_checks=1:detect_stack_use_after_return=0"
     "UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1"
     "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0"
@@ -93,7 +101,7 @@ function(tgui_add_qtest name)
   add_executable(${name} ${T_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PRIVATE TGUILib tgui_testsupport Qt5::Test tgui_warnings ${T_LIBS})
   target_compile_definitions(${name} PRIVATE
-      TGUI_SOURCE_DIR="${PROJECT_SOURCE_DIR}" TGUI_BIN_DIR="${PROJECT_BINARY_DIR}/bin")
+      TGUI_SOURCE_DIR="${PROJECT_SOURCE_DIR}" TGUI_BIN_DIR="${TGUI_TEST_BIN_DIR}")
   add_test(NAME ${name} COMMAND ${name})
   if(NOT T_TIMEOUT)
     set(T_TIMEOUT 300)
@@ -144,4 +152,36 @@ function(tgui_add_bench name)
   cmake_parse_arguments(B "" "" "LIBS" ${ARGN})
   add_executable(${name} ${B_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PRIVATE TGUILib tgui_warnings ${B_LIBS})
+endfunction()
+
+# Under emulation: a wrapper in TGUI_TEST_BIN_DIR for every program of the tree, so that
+# a test starting TGUI_BIN_DIR/NAME runs NAME through the emulator. Called once, last.
+function(tgui_emulator_wrappers)
+  if(NOT CMAKE_CROSSCOMPILING_EMULATOR)
+    return()
+  endif()
+  set(emulator)
+  foreach(word IN LISTS CMAKE_CROSSCOMPILING_EMULATOR)
+    string(APPEND emulator "'${word}' ")
+  endforeach()
+  # qemu: the program sees the name it was started by (a link's name) as argv[0].
+  if(CMAKE_CROSSCOMPILING_EMULATOR MATCHES "qemu")
+    string(APPEND emulator "-0 \"$0\" ")
+  endif()
+  set(dirs ${PROJECT_SOURCE_DIR})
+  while(dirs)
+    list(POP_FRONT dirs dir)
+    get_property(subdirs DIRECTORY ${dir} PROPERTY SUBDIRECTORIES)
+    list(APPEND dirs ${subdirs})
+    get_property(targets DIRECTORY ${dir} PROPERTY BUILDSYSTEM_TARGETS)
+    foreach(target IN LISTS targets)
+      get_target_property(type ${target} TYPE)
+      if(type STREQUAL "EXECUTABLE")
+        file(GENERATE OUTPUT ${TGUI_TEST_BIN_DIR}/${target}
+             CONTENT "#!/bin/sh\nexec ${emulator}'$<TARGET_FILE:${target}>' \"$@\"\n"
+             FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
+                              WORLD_READ WORLD_EXECUTE)
+      endif()
+    endforeach()
+  endwhile()
 endfunction()

@@ -19,7 +19,7 @@ out="${TGUI_DEMO_OUT:-$root/out/screens}"
 scenario="${TGUI_DEMO_SCENARIO:-scenarios/demo.txt}"
 mkdir -p "$out"
 out="$(cd "$out" && pwd)"
-rm -f "$out"/*.png "$out"/core.log "$out"/zedagui.log "$out"/soapd.log "$out"/dbs.log "$out"/demo.db
+rm -f "$out"/*.png "$out"/ui-report.xml "$out"/core.log "$out"/zedagui.log "$out"/soapd.log "$out"/dbs.log "$out"/demo.db
 
 # A run folder of its own, so that runs side by side do not meet: links to
 # everything in run/ but Skins/default.conf, which names this run's core port.
@@ -96,12 +96,14 @@ export TGUI_DEMO_PROXY_PID="$(cat "$net/proxy1.pid")"
 # The core listens on a free port of the loopback interface and says which.
 # Its lines go to core.log; the events it receives are printed as they come.
 core_fifo="$rundir/.core-output"; mkfifo "$core_fifo"
-"$build/bin/tgui-core" --port 0 --listen 127.0.0.1 --scenario "$scenario" >"$core_fifo" 2>&1 &
+# Its "report" steps save UI reports there: the final screen's is ui-report.xml.
+"$build/bin/tgui-core" --port 0 --listen 127.0.0.1 --scenario "$scenario" --report-dir "$out" >"$core_fifo" 2>&1 &
 core=$!
 ( while IFS= read -r line; do
     printf '%s\n' "$line" >>"$out/core.log"
     case "$line" in
       EVENT*) printf 'core received: %s\n' "${line#EVENT }" ;;
+      REPORT*) printf 'core: %s\n' "$line" ;;
       "SCENARIO timeout"*|REJECT*) printf 'core: %s\n' "$line" ;;
     esac
   done <"$core_fifo" ) &
@@ -136,11 +138,12 @@ directory=(--directory-url https://directory.test/auth/soap --directory-pac "$ne
 status=0
 if [ -z "${DISPLAY:-}" ]; then
   QT_QPA_PLATFORM=offscreen "$build/bin/zedagui" --screenshots "$out" --quit-on-end \
-      --deadline 90000 "${directory[@]}" 2>"$out/zedagui.log" || status=$?
+      --deadline 150000 "${directory[@]}" 2>"$out/zedagui.log" || status=$?
   wait "$core" || true
   wait "$reader" || true
   echo "screenshots in $out:"
   ls "$out"/*.png
+  [ -s "$out/ui-report.xml" ] && echo "the final screen's UI report: $out/ui-report.xml"
   [ "$status" -eq 0 ] || echo "zedagui ended with exit code $status; see $out/zedagui.log" >&2
 else
   "$build/bin/zedagui" --screenshots "$out" "${directory[@]}" 2>"$out/zedagui.log" || status=$?

@@ -1,6 +1,9 @@
 #include "CoreServer.h"
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QDomDocument>
+#include <QDomElement>
 #include <QFile>
 #include <QHostAddress>
 #include <QProcess>
@@ -42,9 +45,19 @@ CoreServer::CoreServer(QObject* parent) : QTcpServer(parent)
     m_stepTimer.setSingleShot(true);
     connect(&m_stepTimer, &QTimer::timeout, this, &CoreServer::step);
     m_waitTimeout.setSingleShot(true);
+    m_reportRetry.setSingleShot(true);
+    connect(&m_reportRetry, &QTimer::timeout, this, [this] {
+        if (!m_reportPeer.isEmpty())
+            askForReport(m_reportPeer);
+    });
     connect(&m_waitTimeout, &QTimer::timeout, this, [this] {
-        out(QStringLiteral("SCENARIO timeout waiting for %1")
-                .arg(m_waitingFor.isEmpty() ? m_expecting : m_waitingFor));
+        QString what = m_waitingFor.isEmpty() ? m_expecting : m_waitingFor;
+        if (!m_reportPeer.isEmpty()) {
+            what = m_matchName.isEmpty() ? QStringLiteral("a report of %1").arg(m_reportPeer)
+                                         : QStringLiteral("%1 %2=%3 in a report of %4")
+                                               .arg(m_matchName, m_matchAttribute, m_matchValue, m_reportPeer);
+        }
+        out(QStringLiteral("SCENARIO timeout waiting for %1").arg(what));
         QCoreApplication::exit(3);
     });
 }
@@ -159,7 +172,11 @@ void CoreServer::handleFrame(Peer* peer, const GuiAppsMsgHdrT& hdr, const QByteA
         }
         return;
     }
-    if (forCore) {
+    if (forCore && hdr.msgType == GuiAppsMsgUiReport) {
+        // A whole screen as XML: too long for one line of the log.
+        out(QStringLiteral("UIREPORT %1 bytes=%2").arg(peer->name.isEmpty() ? QStringLiteral("?") : peer->name).arg(payload.size()));
+        onUiReport(peer->name, payload);
+    } else if (forCore) {
         const QString line = QStringLiteral("EVENT %1 type=%2 %3")
                                  .arg(peer->name.isEmpty() ? QStringLiteral("?") : peer->name)
                                  .arg(int(hdr.msgType))
@@ -294,7 +311,8 @@ int CoreServer::maskOf(const QString& word) const
 void CoreServer::startPeer(const QString& peer, const QString& arguments)
 {
     auto* child = new QProcess(this);
-    child->setProgram(QCoreApplication::applicationDirPath() + QStringLiteral("/tgui-") + peer);
+    const QString dir = m_programDir.isEmpty() ? QCoreApplication::applicationDirPath() : m_programDir;
+    child->setProgram(dir + QStringLiteral("/tgui-") + peer);
     child->setArguments(QProcess::splitCommand(arguments)
                         + QStringList{QStringLiteral("--server"), QStringLiteral("127.0.0.1"), QStringLiteral("--port"),
                                       QString::number(serverPort()), QStringLiteral("--exit-with-parent")});
@@ -369,6 +387,32 @@ void CoreServer::step()
             out(QStringLiteral("SENT %1 bytes to %2 peers=%3").arg(payload.size()).arg(arg1).arg(sent));
             continue;
         }
+        if (verb == QLatin1String("report") || verb == QLatin1String("expectreport")) {
+            // report <peer> <file> | expectreport <peer> <name> <attribute>=<value to the end of the line>
+            const QString what = tail.trimmed();
+            const int gap = what.indexOf(QLatin1Char(' '));
+            const QStringList words = gap < 0 ? QStringList{what} : QStringList{what.left(gap), what.mid(gap + 1).trimmed()};
+            const bool saving = verb == QLatin1String("report");
+            const int equals = saving || words.size() < 2 ? -1 : words.at(1).indexOf(QLatin1Char('='));
+            if (arg1.isEmpty() || what.isEmpty() || (!saving && equals <= 0)) {
+                out(QStringLiteral("SCENARIO line %1: %2 needs %3").arg(m_line).arg(verb)
+                        .arg(saving ? QStringLiteral("<peer> <file>") : QStringLiteral("<peer> <name> <attribute>=<value>")));
+                continue;
+            }
+            m_reportPeer = arg1;
+            m_reportFile.clear();
+            m_matchName.clear();
+            if (saving) {
+                m_reportFile = QDir(m_reportDir.isEmpty() ? QDir::currentPath() : m_reportDir).absoluteFilePath(words.at(0));
+            } else {
+                m_matchName = words.at(0);
+                m_matchAttribute = words.at(1).left(equals);
+                m_matchValue = words.at(1).mid(equals + 1);
+            }
+            m_waitTimeout.start(30000);
+            askForReport(arg1);
+            return;
+        }
         if (verb == QLatin1String("start")) {
             startPeer(arg1, tail);
             continue;
@@ -398,4 +442,63 @@ void CoreServer::step()
         out(QStringLiteral("SCENARIO line %1: unknown command '%2'").arg(m_line).arg(verb));
     }
     out(QStringLiteral("SCENARIO done"));
+}
+
+// --- UI reports --------------------------------------------------------------
+
+void CoreServer::askForReport(const QString& peer)
+{
+    const QByteArray doc = QByteArray("<TXML><Event uri=\"") + CTXMLUriLib::uri(TxmlUriUiReport) + "\"></Event></TXML>";
+    sendToMask(maskOf(peer), doc, GuiAppsMsgTxml);
+}
+
+namespace {
+// The first element, in document order, with name=NAME and attribute=VALUE.
+bool showsValue(const QDomElement& element, const QString& name, const QString& attribute, const QString& value)
+{
+    if (element.attribute(QStringLiteral("name")) == name && element.hasAttribute(attribute)
+        && element.attribute(attribute) == value)
+        return true;
+    for (QDomElement child = element.firstChildElement(); !child.isNull(); child = child.nextSiblingElement()) {
+        if (showsValue(child, name, attribute, value))
+            return true;
+    }
+    return false;
+}
+}  // namespace
+
+void CoreServer::onUiReport(const QString& peer, const QByteArray& xml)
+{
+    if (m_reportPeer.isEmpty() || peer != m_reportPeer)
+        return;
+    if (!m_reportFile.isEmpty()) {
+        QFile file(m_reportFile);
+        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(xml) != xml.size())
+            out(QStringLiteral("SCENARIO cannot write %1: %2").arg(m_reportFile, file.errorString()));
+        else
+            out(QStringLiteral("REPORT %1 saved %2 bytes to %3").arg(peer).arg(xml.size()).arg(m_reportFile));
+        finishReportStep();
+        return;
+    }
+    QDomDocument document;
+    QString error;
+    if (!document.setContent(xml, &error)) {
+        out(QStringLiteral("REPORT %1 is not XML: %2").arg(peer, error));
+    } else if (showsValue(document.documentElement(), m_matchName, m_matchAttribute, m_matchValue)) {
+        out(QStringLiteral("REPORT %1 shows %2 %3=%4").arg(peer, m_matchName, m_matchAttribute, m_matchValue));
+        finishReportStep();
+        return;
+    }
+    // Not yet: ask again shortly, until the step's time is up.
+    m_reportRetry.start(200);
+}
+
+void CoreServer::finishReportStep()
+{
+    m_reportPeer.clear();
+    m_reportFile.clear();
+    m_matchName.clear();
+    m_reportRetry.stop();
+    m_waitTimeout.stop();
+    m_stepTimer.start(0);
 }

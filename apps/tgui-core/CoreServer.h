@@ -27,6 +27,10 @@ public:
     // Lines of a scenario; played once the server listens.
     bool loadScenario(const QString& path, QString* error);
     void startScenario();
+    // Where "start" finds its tgui-<peer> programs; empty: beside this program.
+    void setProgramDir(const QString& dir) { m_programDir = dir; }
+    // Where "report" writes relative file names; the current folder by default.
+    void setReportDir(const QString& dir) { m_reportDir = dir; }
 
     // Sends one frame from the core to every registered peer in mask.
     int sendToMask(int mask, const QByteArray& payload, GuiAppsMsgTypeT type);
@@ -55,8 +59,12 @@ private:
     void onEventSeen(const QString& line);
     void step();
     int maskOf(const QString& word) const;
-    // "start <peer> [arguments]": runs tgui-<peer> beside this program, linked to this core.
+    // "start <peer> [arguments]": runs tgui-<peer> from the program folder, linked to this core.
     void startPeer(const QString& peer, const QString& arguments);
+    // UI reports: "report" saves the next one, "expectreport" asks until one shows a widget's value.
+    void askForReport(const QString& peer);
+    void onUiReport(const QString& peer, const QByteArray& xml);
+    void finishReportStep();
 
     QList<Peer*> m_peers;
     qint64 m_queueLimit = DefaultQueueLimit;
@@ -71,4 +79,13 @@ private:
     QString m_expecting;       // substring for "expect"
     QTimer m_waitTimeout;
     QList<QProcess*> m_children;  // peers started by the scenario, stopped with the core
+    QString m_programDir;
+
+    QString m_reportDir;
+    QString m_reportPeer;      // peer whose report a step waits for
+    QString m_reportFile;      // "report": where to save it
+    QString m_matchName;       // "expectreport": the widget's name,
+    QString m_matchAttribute;  // its attribute
+    QString m_matchValue;      // and the value looked for
+    QTimer m_reportRetry;
 };

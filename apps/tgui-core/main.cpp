@@ -44,7 +44,11 @@ int main(int argc, char** argv)
     QCommandLineOption queueLimit("queue-limit",
                                   "Drop a peer that has more than <bytes> waiting to be written to it "
                                   "(default 33554432).", "bytes");
-    cli.addOptions({port, listen, tls, cert, key, writeCert, scenario, queueLimit});
+    // An emulated build runs its programs through wrappers in another folder.
+    QCommandLineOption programs("programs", "Start a scenario's peers from <dir> (default: beside tgui-core).",
+                                "dir");
+    QCommandLineOption reportDir("report-dir", "Save the UI reports of \"report\" steps in <dir> (default: here).", "dir");
+    cli.addOptions({port, listen, tls, cert, key, writeCert, scenario, queueLimit, programs, reportDir});
     cmdline::parse(cli, QStringLiteral("Simulated core application for TGUILib GUI processes"));
     int portNumber = 10010;
     QHostAddress address(QHostAddress::Any);
@@ -82,6 +86,9 @@ int main(int argc, char** argv)
         }
         server.setTls(certificate, privateKey);
     }
+    server.setProgramDir(cli.value(programs));
+    if (cli.isSet(reportDir))
+        server.setReportDir(cli.value(reportDir));
     if (cli.isSet(scenario)) {
         QString error;
         if (!server.loadScenario(cli.value(scenario), &error)) {

@@ -152,6 +152,9 @@ void CZedaDemoDriver::onDocument(const QString& step)
     takeBootShot();
     if (!m_ended)
         shoot(nextName(step));
+    // On a slow machine the first frame is painted by that very grab; the next
+    // document may be waiting already, so the boot screen is taken now.
+    takeBootShot();
 }
 
 void CZedaDemoDriver::press(const QString& name)
@@ -190,13 +193,23 @@ void CZedaDemoDriver::press(const QString& name)
     // The pressed look fades in: the picture is taken halfway through the hold.
     const QString shot = nextName(QStringLiteral("press-") + name);
     QPointer<QWidget> guard(surface);
-    QTimer::singleShot(kPressHoldMs / 2, this, [this, shot] { shoot(shot); });
+    QPointer<QObject> button(target);
+    QTimer::singleShot(kPressHoldMs / 2, this, [this, shot, button] { shootWhenPressed(shot, button, 10); });
     QTimer::singleShot(kPressHoldMs, this, [guard, at, global] {
         if (!guard)
             return;
         QMouseEvent up(QEvent::MouseButtonRelease, at, global, Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
         QApplication::sendEvent(guard, &up);
     });
+}
+
+void CZedaDemoDriver::shootWhenPressed(const QString& file, QPointer<QObject> button, int tries)
+{
+    if (button && tries > 0 && button->property("pressedBackgroundOpacity").toReal() <= 0.0) {
+        QTimer::singleShot(16, this, [this, file, button, tries] { shootWhenPressed(file, button, tries - 1); });
+        return;
+    }
+    shoot(file);
 }
 
 void CZedaDemoDriver::onEnd()

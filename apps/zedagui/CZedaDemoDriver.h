@@ -59,6 +59,10 @@ private:
     // The surface under a window point and the point in its coordinates.
     QWidget* surfaceAt(const QPoint& windowPoint, QPoint* local) const;
     void sendMouse(QEvent::Type type, const QPoint& windowPoint, Qt::MouseButtons buttons);
+    // Shoots once the pressed look of button has begun to fade in, checking
+    // every 16 ms at most tries times: a slow machine may not have run the
+    // fade's first step when the timer for the picture fires.
+    void shootWhenPressed(const QString& file, QPointer<QObject> button, int tries);
 
     CZedaGui* m_gui;
     QString m_dir;

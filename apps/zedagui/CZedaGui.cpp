@@ -10,6 +10,7 @@
 
 #include "CTXMLEvent.h"
 #include "CZedaCallHistoryScreen.h"
+#include "CZedaContactsScreen.h"
 #include "CZedaDirectoryScreen.h"
 #include "CZedaHomeScreen.h"
 #include "CZedaMeetingScreen.h"
@@ -197,6 +198,12 @@ void CZedaGui::initWidgets()
     if (!style.isEmpty())
         calls->applySkin(style, attributes);
     addScreen(QStringLiteral("Home:CallHistory"), calls);
+    auto* contacts = new CZedaContactsScreen(this);
+    attributes.clear();
+    style = itemStyle(skin, "contacts", &attributes);
+    if (!style.isEmpty())
+        contacts->applySkin(style, attributes);
+    addScreen(QStringLiteral("Home:Contacts"), contacts);
 
     refreshClock();
     refreshPhoneState();
@@ -390,6 +397,9 @@ void CZedaGui::handleTXmlMsg(QByteArray& data, GuiAppsT source, GuiAppsMsgTypeT 
             refreshClock();
         } else if (uriType == TxmlUriAppStatus) {
             refreshPhoneState();
+        } else if (uriType == TxmlUriUiReport || uriType == TxmlUriMemshow) {
+            // Test automation looks at the screen; no picture of its own.
+            return;
         } else if (handleDemoDocument(root)) {
             return;
         }

@@ -6,7 +6,11 @@ CREATE TABLE contacts(
   name TEXT NOT NULL,
   number TEXT,
   company TEXT,
-  favourite INTEGER DEFAULT 0
+  favourite INTEGER DEFAULT 0,
+  presence INTEGER DEFAULT 0,  -- 1 reachable, 2 busy
+  email TEXT,
+  note TEXT,
+  seen INTEGER DEFAULT 0       -- the read mark: 0 for a contact nobody has looked at
 );
 CREATE TABLE calls(
   number TEXT NOT NULL,
@@ -29,6 +33,7 @@ INSERT INTO contacts(name, number, company, favourite) VALUES
   ('Ken Thompson', '+1 908 555 0110', 'Bell Labs', 0),
   ('Margaret Hamilton', '+1 617 555 0111', 'MIT Instrumentation Lab', 1),
   ('Niklaus Wirth', '+41 44 555 0112', 'ETH Zurich', 0);
+UPDATE contacts SET seen = 1, presence = id % 3;
 INSERT INTO calls(number, direction, at, seconds, read) VALUES
   ('+44 20 7946 0101', 'in', '2026-05-04 08:12:40', 312, 1),
   ('+1 908 555 0104', 'out', '2026-05-04 08:40:02', 95, 1),

@@ -5,6 +5,7 @@
 // processes, so the layout is wire format: raw memory, device byte order.
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 // One bit per peer process; a destination may be a mask of several.
 // Fixed underlying type: a frame may carry any 32-bit mask, and holding it
@@ -49,6 +50,12 @@ static_assert(offsetof(GuiAppsMsgHdrT, destination) == 8, "header layout");
 static_assert(offsetof(GuiAppsMsgHdrT, msgType) == 12, "header layout");
 static_assert(offsetof(GuiAppsMsgHdrT, checksum) == 13, "header layout");
 static_assert(offsetof(GuiAppsMsgHdrT, reserved) == 14, "header layout");
+// Same on x86-64 and 32-bit ARM: four-byte alignment, nothing but fixed-width
+// fields, copied as raw memory.
+static_assert(alignof(GuiAppsMsgHdrT) == 4, "header alignment");
+static_assert(std::is_trivially_copyable<GuiAppsMsgHdrT>::value
+                  && std::is_standard_layout<GuiAppsMsgHdrT>::value,
+              "header is plain memory");
 
 // Number of peers in the name table; bit i of a GuiAppsT is row i.
 enum { GuiAppsCount = 12 };

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QContextMenuEvent>
+#include <QDomElement>
 #include <QFocusEvent>
 #include <QFontMetrics>
 #include <QIcon>
@@ -21,6 +22,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "automation/CTavoUITA.h"
 #include "input/CTavoIpAddressValidator.h"
 #include "input/CTavoKateInput.h"
 #include "layout/CTavoLayoutMgr.h"
@@ -30,6 +32,7 @@
 #include "style/CTavoStyleSheetFile.h"
 #include "style/TavoProfile.h"
 #include "tools/PhoneNumberUtils.h"
+#include "tools/TavoToolFlags.h"
 #include "widgets/CTavoMagnifyingGlass.h"
 
 QPointer<CTavoInput> CTavoInput::m_pFocusedInput;
@@ -1541,4 +1544,28 @@ void CTavoInput::contextMenuEvent(QContextMenuEvent* event)
     pasteAction->setEnabled(writable && clipboard && !clipboard->text().isEmpty());
     // Qt 4's input context added its own actions here; Qt 5 has none to add.
     menu.exec(event->globalPos());
+}
+
+void CTavoInput::report(QList<QObject*>& done, QDomNode& parent)
+{
+    if (!tavoToolGetTestAutomationFlag())
+        return;
+    if (done.lastIndexOf(this) >= 0 || parent.isNull() || !isVisible() || pos() == QPoint(-9999, -9999))
+        return;
+    // A real widget with no report document of its own: the element is made in the report's.
+    using UITA::CTavoUITA;
+    QDomElement element = parent.ownerDocument().createElement(CTavoUITA::name(UITA::Component));
+    element.setAttribute(CTavoUITA::name(UITA::Type), QString::fromLatin1(metaObject()->className()));
+    element.setAttribute(CTavoUITA::name(UITA::Size), QStringLiteral("%1x%2").arg(width()).arg(height()));
+    const QPoint global = mapToGlobal(QPoint(0, 0));
+    element.setAttribute(CTavoUITA::name(UITA::Pos), QStringLiteral("%1:%2").arg(global.x()).arg(global.y()));
+    if (!objectName().isEmpty())
+        element.setAttribute(CTavoUITA::name(UITA::Name), objectName());
+    if (hasFocus())
+        element.setAttribute(CTavoUITA::name(UITA::Focused), QStringLiteral("true"));
+    if (!isEnabled())
+        element.setAttribute(CTavoUITA::name(UITA::Enabled), QStringLiteral("false"));
+    element.setAttribute(CTavoUITA::name(UITA::Visible), QStringLiteral("true"));
+    parent.appendChild(element);
+    done.append(this);
 }

@@ -12,6 +12,7 @@
 // useKateInput is false. The predictive strip (CTavoXt9Input) is not built
 // yet. A finger held on the text shows the magnifying glass above the field,
 // once its owner has given the glass a factor and a mask.
+#include <QList>
 #include <QLineEdit>
 #include <QPointF>
 #include <QPointer>
@@ -28,6 +29,7 @@
 Q_DECLARE_METATYPE(InputModeT)
 Q_DECLARE_METATYPE(InputEncodingT)
 
+class QDomNode;
 class QMouseEvent;
 class QToolButton;
 class CTavoIpAddressValidator;
@@ -193,6 +195,9 @@ public:
 
     virtual bool handleNavigationKey(SoKeyFuncT key, QEvent::Type type);
     virtual void handleSelectionKey();
+
+    // Adds the field's element to the UI report (test automation only).
+    void report(QList<QObject*>& done, QDomNode& parent);
 
 protected:
     bool event(QEvent* event) override;

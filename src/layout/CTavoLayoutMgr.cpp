@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QDomElement>
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFontDatabase>
@@ -22,6 +23,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "automation/CTavoUITA.h"
+#include "automation/TavoUiReport.h"
 #include "core/TavoGlobals.h"
 #include "layout/CTXMLDataConverter.h"
 #include "layout/CTavoEvent.h"
@@ -1007,12 +1010,73 @@ void CTavoLayoutMgr::handleShutdown(int exitCode)
     QCoreApplication::exit(exitCode);
 }
 
+// --- test automation --------------------------------------------------------
+
+void CTavoLayoutMgr::collectAndDumpUiXml(bool flag)
+{
+    // Off, the report costs nothing: not even a log line.
+    if (!tavoToolGetTestAutomationFlag())
+        return;
+    m_uiDocument.clear();
+    updateCallSoftkeys();
+    using UITA::CTavoUITA;
+    QList<QObject*> done;
+    done.append(this);
+    QDomElement root = m_uiDocument.createElement(CTavoUITA::name(UITA::Window));
+    if (!objectName().isEmpty())
+        root.setAttribute(CTavoUITA::name(UITA::Name), objectName());
+    root.setAttribute(CTavoUITA::name(UITA::Type), QString::fromLatin1(metaObject()->className()));
+    root.setAttribute(CTavoUITA::name(UITA::Size), QStringLiteral("%1x%2").arg(width()).arg(height()));
+    const QPoint global = mapToGlobal(QPoint(0, 0));
+    root.setAttribute(CTavoUITA::name(UITA::Pos), QStringLiteral("%1:%2").arg(global.x()).arg(global.y()));
+    m_uiDocument.appendChild(root);
+    QDomNode rootNode = root;
+
+    const QString className = QString::fromLatin1(metaObject()->className());
+    if (className.contains(QLatin1String("COsdLayoutMgr")) || className.contains(QLatin1String("CEcLayoutMgr"))) {
+        for (CTavoLayoutWidget* w : qAsConst(m_childWidgets)) {
+            if (w && !w->visibleRegion().isEmpty())
+                w->report(done, rootNode);
+        }
+    } else {
+        QList<CTavoLayoutWidget*> shown;
+        for (CTavoLayoutWidget* w : findChildren<CTavoLayoutWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+            if (w->isReportEnabled() && !w->visibleRegion().isEmpty())
+                shown.append(w);
+        }
+        // Later children are drawn above earlier ones: one that a later child
+        // covers entirely is not on the screen.
+        for (int i = 0; i < shown.size(); ++i) {
+            CTavoLayoutWidget* w = shown.at(i);
+            const QRect ownSeen = w->visibleRegion().boundingRect();
+            const QRect own(w->mapToGlobal(ownSeen.topLeft()), ownSeen.size());
+            bool covered = false;
+            for (int j = i + 1; j < shown.size() && !covered; ++j) {
+                CTavoLayoutWidget* above = shown.at(j);
+                const QRect seen = above->visibleRegion().boundingRect();
+                covered = QRect(above->mapToGlobal(seen.topLeft()), seen.size()).contains(own);
+            }
+            if (!covered)
+                w->report(done, rootNode);
+        }
+        if (className.contains(QLatin1String("CLayoutMgr")))
+            reportForSpecificWidgets(done, rootNode);
+    }
+    if (!m_uiDocument.isNull())
+        tavoToolsReportUIXML(QCoreApplication::applicationName(), m_uiDocument.toString(4), flag);
+}
+
+void CTavoLayoutMgr::handleTAReportMemshowCommand()
+{
+    if (!tavoToolGetTestAutomationFlag())
+        return;
+    tavoToolsReportMemshow(QCoreApplication::applicationName(), getMallocInformation());
+}
+
 // --- what the host supplies ------------------------------------------------
 
 void CTavoLayoutMgr::onLanguageChange(QString) {}
 void CTavoLayoutMgr::setIsUpdating(bool) {}
-void CTavoLayoutMgr::collectAndDumpUiXml(bool) {}
-void CTavoLayoutMgr::handleTAReportMemshowCommand() {}
 void CTavoLayoutMgr::reportForSpecificWidgets(QList<QObject*>&, QDomNode&) {}
 QString CTavoLayoutMgr::systemName() const { return QString(); }
 QString CTavoLayoutMgr::systemIp(bool) const { return QString(); }

@@ -81,6 +81,8 @@ public:
     QString defaultCoreComIP() const;
     bool setShowDaisyChainedScreen(bool show);
     bool isDaisyChainedScreenShown() const { return m_showDaisyChainedScreen; }
+    // The last UI report built (test automation only).
+    const QDomDocument& uiDocument() const { return m_uiDocument; }
     void showPopup(const QString& text);
     CTavoLayoutWidget* whoIsOnTopAndVisible(const QList<CTavoLayoutWidget*>& exclude);
     QRect styledRect() const { return m_styledRect; }

@@ -9,13 +9,17 @@
 #include <QShowEvent>
 #include <QTimer>
 #include <QApplication>
+#include <QDomElement>
 #include <cstdlib>
 #include <cstring>
 
+#include "automation/CTavoUITA.h"
 #include "core/TavoGlobals.h"
+#include "input/CTavoInput.h"
 #include "layout/CTavoLayoutMgr.h"
 #include "log/GuiLog.h"
 #include "style/CTavoWidgetStyle.h"
+#include "tools/TavoToolFlags.h"
 #include "widgets/CTavoButton.h"
 #include "widgets/CTavoLabelWidget.h"
 #include "widgets/CTavoView.h"
@@ -123,7 +127,6 @@ QString CTavoLayoutWidget::getContextSensitiveInformation()
 
 void CTavoLayoutWidget::virtualInputUpdate(QString&) {}
 void CTavoLayoutWidget::retranslateUi() {}
-void CTavoLayoutWidget::refreshDom() {}
 void CTavoLayoutWidget::beginPaneAnimation() {}
 void CTavoLayoutWidget::aboutToBeHidden() {}
 
@@ -132,13 +135,73 @@ CTavoSoftkey* CTavoLayoutWidget::getSoftkey()
     return nullptr;
 }
 
+void CTavoLayoutWidget::refreshDom()
+{
+    if (!tavoToolGetTestAutomationFlag())
+        return;
+    m_dom.clear();
+    if ((!isVisible() && !m_reportEnabled) || geometry().isEmpty())
+        return;
+    using UITA::CTavoUITA;
+    QDomElement element =
+        m_dom.createElement(CTavoUITA::name(parentWidget() ? UITA::Widget : UITA::Window));
+    const QPoint global = mapToGlobal(QPoint(0, 0));
+    element.setAttribute(CTavoUITA::name(UITA::Pos), QStringLiteral("%1:%2").arg(global.x()).arg(global.y()));
+    element.setAttribute(CTavoUITA::name(UITA::Type), QString::fromLatin1(metaObject()->className()));
+    element.setAttribute(CTavoUITA::name(UITA::Size), QStringLiteral("%1x%2").arg(width()).arg(height()));
+    if (!isVisible())
+        element.setAttribute(CTavoUITA::name(UITA::Visible), QStringLiteral("false"));
+    if (!objectName().isEmpty())
+        element.setAttribute(CTavoUITA::name(UITA::Name), objectName());
+    m_dom.appendChild(element);
+}
+
 void CTavoLayoutWidget::report(QList<QObject*>& done, QDomNode& parent)
 {
+    if (!tavoToolGetTestAutomationFlag())
+        return;
+    if (done.lastIndexOf(this) >= 0 || parent.isNull() || !isVisible())
+        return;
+    if (pos() == QPoint(-9999, -9999))
+        return;
+    refreshDom();
+    const QDomElement own = m_dom.documentElement();
+    if (own.isNull())
+        return;
+    QDomNode attached = parent.appendChild(parent.ownerDocument().importNode(own, true));
+    // Nested surfaces first, then lists, then buttons, then everything else painted here.
+    QList<QObject*> surfaces;
+    QList<QObject*> views;
+    QList<QObject*> buttons;
+    QList<QObject*> others;
+    QList<QObject*> fields;
     for (QObject* child : children()) {
-        auto* widget = qobject_cast<CTavoWidget*>(child);
-        if (widget && !done.contains(widget))
-            widget->report(done, parent);
+        if (qobject_cast<CTavoLayoutWidget*>(child))
+            surfaces.append(child);
+        else if (qobject_cast<CTavoView*>(child))
+            views.append(child);
+        else if (qobject_cast<CTavoButton*>(child))
+            buttons.append(child);
+        else if (qobject_cast<CTavoWidget*>(child))
+            others.append(child);
+        else if (qobject_cast<CTavoInput*>(child))
+            fields.append(child);
     }
+    for (const QList<QObject*>* group : {&surfaces, &views, &buttons, &others, &fields}) {
+        for (QObject* child : *group) {
+            // A report may run code that deletes what follows.
+            QPointer<QObject> guard(child);
+            if (!guard || done.lastIndexOf(child) >= 0)
+                continue;
+            if (auto* surface = qobject_cast<CTavoLayoutWidget*>(child))
+                surface->report(done, attached);
+            else if (auto* widget = qobject_cast<CTavoWidget*>(child))
+                widget->report(done, attached);
+            else if (auto* field = qobject_cast<CTavoInput*>(child))
+                field->report(done, attached);
+        }
+    }
+    done.append(this);
 }
 
 // --- style and layout --------------------------------------------------------

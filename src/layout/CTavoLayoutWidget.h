@@ -65,6 +65,9 @@ public:
     unsigned int paneDragThreshold() const { return m_paneDragThreshold; }
     bool isPaneDragging() const { return m_dragging; }
     const QDomDocument& dom() const { return m_dom; }
+    // Whether the manager's UI report takes this widget in; on by default.
+    bool isReportEnabled() const { return m_reportEnabled; }
+    void setReportEnabled(bool on) { m_reportEnabled = on; }
 
     static int count() { return s_count; }
 
@@ -142,6 +145,7 @@ protected:
     bool m_opaque;
     CTavoDb* m_db;
     QDomDocument m_dom;
+    bool m_reportEnabled = true;
     QPoint m_dragStart;
     bool m_dragging;
     bool m_dragTracking;

@@ -3,6 +3,7 @@
 // rtosProtMsgQ...: the phone's real-time style queue interface over POSIX
 // message queues. A description (`rtosProtMsgQInfo`) is filled first; opening
 // it gives a handle that owns the queue descriptor.
+#include <cstddef>
 #include <mqueue.h>
 
 // Longest part of a queue name taken from the caller; the stored name is "/"
@@ -27,6 +28,18 @@ struct LinuxProtMsgQIdT
     int reserved[2];
 };
 static_assert(sizeof(LinuxProtMsgQIdT) == 288, "queue description is 288 bytes");
+// Same on x86-64 and 32-bit ARM: mqd_t is an int on Linux, so every field is a
+// 32-bit word or a byte.
+static_assert(sizeof(mqd_t) == 4, "queue descriptor is a 32-bit int");
+static_assert(offsetof(LinuxProtMsgQIdT, flags) == 0, "queue description layout");
+static_assert(offsetof(LinuxProtMsgQIdT, capacity) == 4, "queue description layout");
+static_assert(offsetof(LinuxProtMsgQIdT, msgSize) == 8, "queue description layout");
+static_assert(offsetof(LinuxProtMsgQIdT, options) == 12, "queue description layout");
+static_assert(offsetof(LinuxProtMsgQIdT, mode) == 16, "queue description layout");
+static_assert(offsetof(LinuxProtMsgQIdT, mqd) == 20, "queue description layout");
+static_assert(offsetof(LinuxProtMsgQIdT, name) == 24, "queue description layout");
+static_assert(offsetof(LinuxProtMsgQIdT, reserved) == 280, "queue description layout");
+static_assert(alignof(LinuxProtMsgQIdT) == 4, "queue description alignment");
 
 typedef LinuxProtMsgQIdT rtosProtMsgQInfo;
 // An open queue; null when opening failed.

@@ -9,7 +9,7 @@ CTavoGlobalLock::CTavoGlobalLock(const QString& name)
 {
     if (m_memory->attach(QSharedMemory::ReadWrite))
         return;
-    if (m_memory->create(16, QSharedMemory::ReadWrite))
+    if (m_memory->create(int(sizeof(TavoGlobalLockSegmentT)), QSharedMemory::ReadWrite))
         return;
     // Another process made it between our two attempts.
     if (m_memory->error() == QSharedMemory::AlreadyExists && m_memory->attach(QSharedMemory::ReadWrite))
@@ -34,7 +34,7 @@ bool CTavoGlobalLock::locked()
         guiLog(4, "CTavoGlobalLock %s: lock failed, error %d", qPrintable(m_name), int(m_memory->error()));
         return false;
     }
-    const bool value = static_cast<const char*>(m_memory->constData())[0] != 0;
+    const bool value = static_cast<const TavoGlobalLockSegmentT*>(m_memory->constData())->locked != 0;
     m_memory->unlock();
     return value;
 }
@@ -49,6 +49,6 @@ void CTavoGlobalLock::setLocked(bool value)
         guiLog(4, "CTavoGlobalLock %s: lock failed, error %d", qPrintable(m_name), int(m_memory->error()));
         return;
     }
-    static_cast<char*>(m_memory->data())[0] = value ? 1 : 0;
+    static_cast<TavoGlobalLockSegmentT*>(m_memory->data())->locked = value ? 1 : 0;
     m_memory->unlock();
 }

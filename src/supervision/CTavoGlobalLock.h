@@ -6,8 +6,24 @@
 // the flag, lasts while at least one process holds a CTavoGlobalLock of that
 // name.
 #include <QString>
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
 
 class QSharedMemory;
+
+// The segment as every process of the device sees it, x86-64 and 32-bit ARM
+// alike: the flag in the first byte, the rest reserved and zero.
+struct TavoGlobalLockSegmentT {
+    uint8_t locked;
+    uint8_t reserved[15];
+};
+static_assert(sizeof(TavoGlobalLockSegmentT) == 16, "the lock's segment is 16 bytes");
+static_assert(offsetof(TavoGlobalLockSegmentT, locked) == 0, "the flag is the first byte");
+static_assert(alignof(TavoGlobalLockSegmentT) == 1, "the segment has no padding to align");
+static_assert(std::is_trivially_copyable<TavoGlobalLockSegmentT>::value
+                  && std::is_standard_layout<TavoGlobalLockSegmentT>::value,
+              "the segment is plain memory");
 
 class TGUI_EXPORT CTavoGlobalLock
 {

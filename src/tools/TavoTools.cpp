@@ -7,6 +7,11 @@
 #include <QTimer>
 
 #include "log/GuiLog.h"
+#include "widgets/CTavoButton.h"
+#include "widgets/CTavoIcon.h"
+#include "widgets/CTavoImageWidget.h"
+#include "widgets/CTavoLabelWidget.h"
+#include "widgets/CTavoParagraph.h"
 
 void tavoToolsDelay(int msec)
 {
@@ -39,4 +44,26 @@ void tavoToolsDelay(int msec)
         if (!timedOut)
             return;
     }
+}
+
+CTavoWidget* tavoToolCreateWidget(const QString& className, const QString& objectName, QWidget* parent)
+{
+    CTavoWidget* widget = nullptr;
+    if (className == QLatin1String("CTavoButton"))
+        widget = new CTavoButton(parent);
+    else if (className == QLatin1String("CTavoLabelWidget"))
+        widget = new CTavoLabelWidget(parent);
+    else if (className == QLatin1String("CTavoScrollingLabel") || className == QLatin1String("CTavoMarqueeLabel"))
+        guiLog(3, "tavoToolCreateWidget: %s is not available in this build", qPrintable(className));
+    else if (className == QLatin1String("CTavoImageWidget"))
+        widget = new CTavoImageWidget(parent);
+    else if (className == QLatin1String("CTavoIcon"))
+        widget = new CTavoIcon(parent);
+    else if (className == QLatin1String("CTavoParagraph"))
+        widget = new CTavoParagraph(parent);
+    else
+        guiLog(3, "tavoToolCreateWidget: unknown class '%s'", qPrintable(className));
+    if (widget)
+        widget->setObjectName(objectName);
+    return widget;
 }

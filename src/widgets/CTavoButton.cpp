@@ -7,6 +7,7 @@
 
 #include "log/GuiLog.h"
 #include "style/CTavoWidgetStyle.h"
+#include "tools/TavoToolFlags.h"
 #include "widgets/CTavoIcon.h"
 #include "widgets/CTavoLabelWidget.h"
 #include "widgets/TavoTextFormat.h"
@@ -22,6 +23,14 @@ struct LabelPenAccess : CTavoLabelWidget
 };
 
 const unsigned kWrapBits = TavoTextNoWrap | TavoTextWordWrap | TavoTextAnywhere;
+
+// Shared by every button until one is given its own list: no allocation per button.
+const QList<UITA::TavoUITANames>& defaultReportList()
+{
+    static const QList<UITA::TavoUITANames> list{UITA::Label, UITA::AltLabel, UITA::ActionReleased,
+                                                  UITA::ActionPressed, UITA::ActionHeld, UITA::IconIds};
+    return list;
+}
 
 } // namespace
 
@@ -53,6 +62,7 @@ CTavoButton::CTavoButton(QWidget* parent)
     , m_altLabelWidget(nullptr)
     , m_labelWidget(nullptr)
     , m_index(-1)
+    , m_reportList(defaultReportList())
 {
     // Built on the surface so that they find its sheet, then owned by the button.
     // The alternative label is made when a document or caller first uses it.
@@ -542,13 +552,47 @@ void CTavoButton::paint(QPainter* painter)
 void CTavoButton::refreshDom()
 {
     CTavoWidget::refreshDom();
-    if (!s_bTestAutomation)
+    if (!tavoToolGetTestAutomationFlag())
         return;
     QDomElement element = m_dom.documentElement();
     if (element.isNull())
         return;
-    if (!m_labelWidget->text().isEmpty())
-        element.setAttribute("text", m_labelWidget->text());
+    using UITA::CTavoUITA;
+    for (UITA::TavoUITANames entry : qAsConst(m_reportList)) {
+        QString value;
+        switch (entry) {
+        case UITA::Label:
+            value = m_labelWidget->text();
+            break;
+        case UITA::AltLabel:
+            // Made on first use: a button without one has nothing to tell.
+            value = m_altLabelWidget ? m_altLabelWidget->text() : QString();
+            break;
+        case UITA::ActionReleased:
+            value = m_settings.m_clickUrl;
+            break;
+        case UITA::ActionPressed:
+            value = m_settings.m_pressUrl;
+            break;
+        case UITA::ActionHeld:
+            value = m_settings.m_holdUrl;
+            break;
+        case UITA::IconIds:
+            value = m_icon->iconIds();
+            break;
+        case UITA::Number:
+            value = m_index >= 0 ? QString::number(m_index) : QString();
+            break;
+        case UITA::Url:
+            value = m_settings.m_clickUrl;
+            break;
+        default:
+            // Names the button has no value for stay out of its element.
+            break;
+        }
+        if (!value.isEmpty())
+            element.setAttribute(CTavoUITA::name(entry), value);
+    }
     if (!m_imgName.isEmpty())
-        element.setAttribute("image-name", m_imgName);
+        element.setAttribute(CTavoUITA::name(UITA::ImageName), m_imgName);
 }

@@ -6,11 +6,13 @@
 // The labels and the icon are QObject children of the button but paint on the
 // button's surface, after the button, in the surface's pass.
 #include <QColor>
+#include <QList>
 #include <QPoint>
 #include <QRect>
 #include <QSize>
 #include <QString>
 
+#include "automation/CTavoUITA.h"
 #include "style/CTavoImage.h"
 #include "widgets/CTavoWidget.h"
 #include "widgets/TavoButtonSettings.h"
@@ -89,6 +91,11 @@ public:
     void reSizeAllElementsBy(float fx, float fy) override;
     void refreshDom() override;
 
+    // What the report tells of the button beyond the base attributes, in order:
+    // label, alt-label, action-released, action-pressed, action-held, icon-ids by default.
+    const QList<UITA::TavoUITANames>& reportList() const { return m_reportList; }
+    void setReportList(const QList<UITA::TavoUITANames>& names) { m_reportList = names; }
+
 signals:
     void buttonClicked(QString url, QString data);
     void labelChanged(QString url, QString label, int position);
@@ -131,6 +138,7 @@ protected:
     CTavoImage m_disabledBackgroundImage;
     QString m_data;
     int m_index;
+    QList<UITA::TavoUITANames> m_reportList;
 
 private:
     CTavoLabelWidget* ensureAltLabel();

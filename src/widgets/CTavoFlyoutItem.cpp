@@ -5,7 +5,9 @@
 #include <cstring>
 
 #include "CTXMLFlyoutItem.h"
+#include "automation/CTavoUITA.h"
 #include "layout/CTXMLDataConverter.h"
+#include "tools/TavoToolFlags.h"
 #include "style/CTavoIconDefinition.h"
 #include "style/CTavoWidgetStyle.h"
 #include "widgets/CTavoIcon.h"
@@ -260,11 +262,11 @@ void CTavoFlyoutItem::paint(QPainter* painter)
 void CTavoFlyoutItem::refreshDom()
 {
     CTavoWidget::refreshDom();
-    if (!s_bTestAutomation)
+    if (!tavoToolGetTestAutomationFlag())
         return;
     QDomElement element = m_dom.documentElement();
     if (element.isNull())
         return;
-    element.setAttribute("label", m_label->text());
-    element.setAttribute("action-released", m_url);
+    element.setAttribute(UITA::CTavoUITA::name(UITA::Label), m_label->text());
+    element.setAttribute(UITA::CTavoUITA::name(UITA::ActionReleased), m_url);
 }

@@ -2,13 +2,17 @@
 
 #include <QDomElement>
 #include <QPainter>
+#include <QStringList>
 #include <QWidget>
 #include <cmath>
 
+#include "automation/CTavoUITA.h"
+#include "automation/TavoUiReport.h"
 #include "style/CIconResource.h"
 #include "style/CTavoIconRepository.h"
 #include "style/CTavoWidgetStyle.h"
 #include "widgets/CTavoButton.h"
+#include "tools/TavoToolFlags.h"
 #include "widgets/CTavoIconLabel.h"
 
 namespace {
@@ -532,13 +536,36 @@ void CTavoIcon::reSizeAllElementsBy(float fx, float fy)
 void CTavoIcon::refreshDom()
 {
     CTavoWidget::refreshDom();
-    if (!s_bTestAutomation)
+    if (!tavoToolGetTestAutomationFlag())
         return;
     QDomElement element = m_dom.documentElement();
     if (element.isNull())
         return;
-    if (m_loadedIcon >= 1)
-        element.setAttribute("icon", iconRepository.iconName(m_loadedIcon));
+    using UITA::CTavoUITA;
     if (!m_definition.m_label.isEmpty())
-        element.setAttribute("text", m_definition.m_label);
+        element.setAttribute(CTavoUITA::name(UITA::IconLabel), m_definition.m_label);
+    const QString ids = iconIds();
+    if (!ids.isEmpty())
+        element.setAttribute(CTavoUITA::name(UITA::IconIds), ids);
+}
+
+QString CTavoIcon::iconIds() const
+{
+    // The definition's numbers in its order; without any, the one shown.
+    QList<int> numbers;
+    if (m_definition.m_iconIndex >= 0)
+        numbers.append(m_definition.m_iconIndex);
+    for (int number : m_definition.m_iconIndexes) {
+        if (!numbers.contains(number))
+            numbers.append(number);
+    }
+    if (numbers.isEmpty() && m_loadedIcon >= 0)
+        numbers.append(m_loadedIcon);
+    QStringList texts;
+    for (int number : qAsConst(numbers)) {
+        const int id = mapIconIdToTaRecognizedId(number);
+        if (id >= 0)
+            texts.append(QString::number(id));
+    }
+    return texts.join(QLatin1Char(','));
 }

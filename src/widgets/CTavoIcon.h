@@ -56,6 +56,8 @@ public:
     bool isInverted() const { return m_inverted; }
     bool isRotating() const { return m_rotating; }
     int loadedIcon() const { return m_loadedIcon; }
+    // The numbers shown, as test automation knows them, joined by commas.
+    QString iconIds() const;
     int loadedPressedIcon() const { return m_loadedPressedIcon; }
     int direction() const { return m_direction; }
     unsigned int overlap() const { return m_overlap; }

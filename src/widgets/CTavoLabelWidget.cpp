@@ -1,12 +1,16 @@
 #include "widgets/CTavoLabelWidget.h"
 
+#include <QDomElement>
+#include <QFontInfo>
 #include <QFontMetrics>
 #include <QPainter>
 #include <QTextFormat>
 #include <QVector>
 
+#include "automation/CTavoUITA.h"
 #include "style/CTavoStyleSheet.h"
 #include "style/CTavoWidgetStyle.h"
+#include "tools/TavoToolFlags.h"
 #include "widgets/TavoTextFormat.h"
 
 double CTavoLabelWidget::m_scaleFactor = 1.0;
@@ -446,4 +450,16 @@ void CTavoLabelWidget::setLineHeight(int pixels)
 {
     m_lineHeight = qMax(0, pixels);
     reformat();
+}
+
+void CTavoLabelWidget::refreshDom()
+{
+    CTavoWidget::refreshDom();
+    if (!tavoToolGetTestAutomationFlag())
+        return;
+    QDomElement element = m_dom.documentElement();
+    if (element.isNull())
+        return;
+    // Paragraphs and scrolling labels come here too; "type" already names their class.
+    element.setAttribute(UITA::CTavoUITA::name(UITA::Label), m_text);
 }

@@ -48,6 +48,7 @@ public:
     // Reads the label's style; keepPixelSize makes the style's font size the design size.
     void layout(bool keepPixelSize);
     void setSize(const QSize& size, bool storeDesignSize = false) override;
+    void refreshDom() override;
 
     const QString& text() const { return m_text; }
     QSize actualSize() const { return m_actualSize; }

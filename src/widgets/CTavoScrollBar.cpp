@@ -8,6 +8,7 @@
 #include <climits>
 
 #include "log/GuiLog.h"
+#include "tools/TavoToolFlags.h"
 #include "style/CTavoWidgetStyle.h"
 
 namespace {
@@ -379,7 +380,7 @@ bool CTavoScrollBar::eventFilter(QObject* object, QEvent* event)
 void CTavoScrollBar::refreshDom()
 {
     CTavoWidget::refreshDom();
-    if (!s_bTestAutomation)
+    if (!tavoToolGetTestAutomationFlag())
         return;
     QDomElement element = m_dom.firstChildElement();
     if (element.isNull())

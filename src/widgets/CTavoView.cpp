@@ -9,8 +9,10 @@
 #include <climits>
 #include <cmath>
 
+#include "automation/CTavoUITA.h"
 #include "layout/CTavoLayoutWidget.h"
 #include "log/GuiLog.h"
+#include "tools/TavoToolFlags.h"
 #include "style/CTavoWidgetStyle.h"
 #include "widgets/CTavoButton.h"
 #include "widgets/CTavoButtonDefs.h"
@@ -695,12 +697,19 @@ void paintDescendants(QPainter* painter, const QObject* node)
             paintDescendants(painter, child);
     }
 }
+
+// A class that paints its painted children in its own paint() says so with
+// Q_CLASSINFO("TavoPaintsChildren", "yes"): the view then leaves them alone.
+bool paintsOwnChildren(const CTavoWidget* widget)
+{
+    return widget->metaObject()->indexOfClassInfo("TavoPaintsChildren") >= 0;
+}
 }  // namespace
 
 void CTavoView::paintWidget(QPainter* painter, CTavoWidget* widget)
 {
     widget->paint(painter);
-    if (!widget->children().isEmpty())
+    if (!widget->children().isEmpty() && !paintsOwnChildren(widget))
         paintDescendants(painter, widget);
 }
 
@@ -1277,7 +1286,7 @@ void CTavoView::setVisible(bool visible)
 
 void CTavoView::report(QList<QObject*>& done, QDomNode& parent)
 {
-    if (!s_bTestAutomation || done.lastIndexOf(this) >= 0 || parent.isNull() || !m_visible)
+    if (!tavoToolGetTestAutomationFlag() || done.lastIndexOf(this) >= 0 || parent.isNull() || !m_visible)
         return;
     CTavoWidget::report(done, parent);
     // The rows in view go under the view's element, in list order.
@@ -1295,16 +1304,17 @@ void CTavoView::report(QList<QObject*>& done, QDomNode& parent)
 void CTavoView::refreshDom()
 {
     CTavoWidget::refreshDom();
-    if (!s_bTestAutomation)
+    if (!tavoToolGetTestAutomationFlag())
         return;
     QDomElement element = m_dom.firstChildElement();
     if (element.isNull())
         return;
+    using UITA::CTavoUITA;
     const QPoint offset(unscale(m_viewRect.left(), m_scaleX), unscale(m_viewRect.top(), m_scaleY));
-    element.setAttribute(QStringLiteral("view-offset"), QStringLiteral("%1:%2").arg(offset.x()).arg(offset.y()));
-    element.setAttribute(QStringLiteral("view-content-size"),
+    element.setAttribute(CTavoUITA::name(UITA::ViewOffset), QStringLiteral("%1:%2").arg(offset.x()).arg(offset.y()));
+    element.setAttribute(CTavoUITA::name(UITA::ViewContentSize),
                          QStringLiteral("%1x%2").arg(m_contentSize.width()).arg(m_contentSize.height()));
-    element.setAttribute(QStringLiteral("highlighted"), m_focusedItem);
-    element.setAttribute(QStringLiteral("total"), m_items.size());
-    element.setAttribute(QStringLiteral("frame-rate"), QString::number(getLastFrameRate(), 'f', 1));
+    element.setAttribute(CTavoUITA::name(UITA::Highlighted), m_focusedItem);
+    element.setAttribute(CTavoUITA::name(UITA::Total), m_items.size());
+    element.setAttribute(CTavoUITA::name(UITA::FrameRate), QString::number(getLastFrameRate(), 'f', 1));
 }

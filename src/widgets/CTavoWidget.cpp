@@ -10,8 +10,10 @@
 #include <QWidget>
 #include <cstring>
 
+#include "automation/CTavoUITA.h"
 #include "style/CTavoStyleSheet.h"
 #include "style/CTavoWidgetStyle.h"
+#include "tools/TavoToolFlags.h"
 
 namespace {
 
@@ -39,7 +41,6 @@ const QPen& noBorderPen()
 
 } // namespace
 
-bool CTavoWidget::s_bTestAutomation = false;
 
 void CTavoWidget::setSurfaceAccess(SurfaceStyleSheetFn styleSheetOf, SurfaceChildRectFn rectOfChildOnScreen)
 {
@@ -493,19 +494,21 @@ void CTavoWidget::debug()
 
 void CTavoWidget::report(QList<QObject*>& done, QDomNode& parent)
 {
-    if (!s_bTestAutomation)
+    if (!tavoToolGetTestAutomationFlag())
         return;
     if (done.lastIndexOf(this) >= 0 || parent.isNull() || !m_visible)
         return;
+    // Parked objects wait off the screen.
     if (topLeft() == QPoint(-9999, -9999))
         return;
     refreshDom();
-    QDomElement own = m_dom.documentElement();
+    const QDomElement own = m_dom.documentElement();
     if (own.isNull())
         return;
     QDomNode attached = parent.appendChild(parent.ownerDocument().importNode(own, true));
     const QList<CTavoWidget*> children = findChildren<CTavoWidget*>(QString(), Qt::FindDirectChildrenOnly);
     for (CTavoWidget* child : children) {
+        // A child's report may run code that deletes its siblings.
         QPointer<CTavoWidget> guard(child);
         if (guard && done.lastIndexOf(guard.data()) < 0)
             guard->report(done, attached);
@@ -515,27 +518,27 @@ void CTavoWidget::report(QList<QObject*>& done, QDomNode& parent)
 
 void CTavoWidget::refreshDom()
 {
-    if (!s_bTestAutomation)
+    if (!tavoToolGetTestAutomationFlag())
         return;
     m_dom.clear();
     if (!m_visible || right() < left() - 1 || bottom() < top() - 1)
         return;
-    QDomElement element = m_dom.createElement("component");
-    QPoint global = topLeft();
-    if (m_parent)
-        global = m_parent->mapToGlobal(global);
-    element.setAttribute("type", QString::fromLatin1(metaObject()->className()));
-    element.setAttribute("size", QString("%1x%2").arg(width()).arg(height()));
-    element.setAttribute("pos", QString("%1:%2").arg(global.x()).arg(global.y()));
+    using UITA::CTavoUITA;
+    QDomElement element = m_dom.createElement(CTavoUITA::name(UITA::Component));
+    element.setAttribute(CTavoUITA::name(UITA::Type), QString::fromLatin1(metaObject()->className()));
+    element.setAttribute(CTavoUITA::name(UITA::Size), QStringLiteral("%1x%2").arg(width()).arg(height()));
+    // Our coordinates are those of the surface we paint on; it knows its place on the screen.
+    const QPoint global = m_parent ? m_parent->mapToGlobal(topLeft()) : topLeft();
+    element.setAttribute(CTavoUITA::name(UITA::Pos), QStringLiteral("%1:%2").arg(global.x()).arg(global.y()));
     if (!objectName().isEmpty())
-        element.setAttribute("name", objectName());
+        element.setAttribute(CTavoUITA::name(UITA::Name), objectName());
     if (!m_pseudoState.isEmpty())
-        element.setAttribute("state", m_pseudoState);
+        element.setAttribute(CTavoUITA::name(UITA::State), m_pseudoState);
     if (m_focused)
-        element.setAttribute("focused", "true");
+        element.setAttribute(CTavoUITA::name(UITA::Focused), QStringLiteral("true"));
     if (m_down)
-        element.setAttribute("pressed", "true");
+        element.setAttribute(CTavoUITA::name(UITA::Pressed), QStringLiteral("true"));
     if (!m_enabled)
-        element.setAttribute("enabled", "false");
+        element.setAttribute(CTavoUITA::name(UITA::Enabled), QStringLiteral("false"));
     m_dom.appendChild(element);
 }

@@ -43,9 +43,6 @@ public:
     static void setSurfaceAccess(SurfaceStyleSheetFn styleSheetOf, SurfaceChildRectFn rectOfChildOnScreen);
     static bool isLayoutWidget(const QObject* object);
 
-    // Guards the automation report; off in normal use so the tree holds no report data.
-    static bool s_bTestAutomation;
-
     bool isDown() const { return m_down; }
     float opacity() const { return m_opacity; }
     void setOpacity(float opacity);

@@ -6,11 +6,13 @@
 // scenario changed it, and only there.
 #include <QtTest>
 
+#include <QDomDocument>
 #include <QImage>
 #include <QProcess>
 #include <QSet>
 #include <QTemporaryDir>
 #include <climits>
+#include <functional>
 
 #include "WebPeers.h"
 
@@ -143,7 +145,7 @@ private slots:
         env.insert("TGUI_DEMO_PROXY_PID", QString::number(m_proxy1.pid()));
         core.setProcessEnvironment(env);
         core.start(kBinDir + "/tgui-core", {"--port", "0", "--listen", "127.0.0.1", "--scenario",
-                                            kRunDir + "/scenarios/demo.txt"});
+                                            kRunDir + "/scenarios/demo.txt", "--report-dir", m_dir.path()});
         QVERIFY(core.waitForStarted());
         QVERIFY(core.waitForReadyRead(20000));
         const QByteArray first = core.readLine().trimmed();
@@ -174,11 +176,11 @@ private slots:
         QProcess gui;
         gui.setWorkingDirectory(m_dir.path());
         gui.start(kBinDir + "/zedagui",
-                  {"--screenshots", m_dir.filePath("shots"), "--quit-on-end", "--deadline", "100000",
+                  {"--screenshots", m_dir.filePath("shots"), "--quit-on-end", "--deadline", "200000",
                    "--directory-url", "https://directory.test/auth/soap", "--directory-pac", pac.fileName(),
                    "--directory-user", "alice", "--directory-password", "secret"});
         QVERIFY(gui.waitForStarted());
-        QVERIFY(gui.waitForFinished(120000));
+        QVERIFY(gui.waitForFinished(220000));
         m_guiExit = gui.exitCode();
         m_guiOut = QString::fromUtf8(gui.readAllStandardOutput());
         m_guiLog = QString::fromUtf8(gui.readAllStandardError());
@@ -186,6 +188,8 @@ private slots:
             qWarning("%s", qPrintable(m_guiLog.right(4000)));
         QVERIFY(core.waitForFinished(20000));
         m_coreOut = QString::fromUtf8(early + core.readAll());
+        if (core.exitCode() != 0)
+            qWarning("%s", qPrintable(m_coreOut.right(3000)));
         QCOMPARE(core.exitCode(), 0);
         dbs.terminate();
         QVERIFY(dbs.waitForFinished(10000));
@@ -199,7 +203,7 @@ private slots:
         const QRegularExpressionMatch m = frame.match(m_guiOut);
         QVERIFY2(m.hasMatch(), qPrintable(m_guiOut));
         QVERIFY(m.captured(1).toInt() > 0);
-        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 105 screenshots"));
+        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 116 screenshots"));
         QVERIFY(m_coreOut.contains("SCENARIO done"));
         QVERIFY(!m_coreOut.contains("SCENARIO timeout"));
         // A clean start finds every font the manager loads.
@@ -244,7 +248,7 @@ private slots:
         // history its tile and Back, the Account screen its three Script presses
         // and Back, the softkey bar its page turned by More and its own flyout's
         // report and closing.
-        QCOMPARE(m_coreOut.count("EVENT zedagui"), 28);
+        QCOMPARE(m_coreOut.count("EVENT zedagui"), 29);
     }
 
     void theHomeScreenCountsTheDirectorysContacts()
@@ -262,7 +266,7 @@ private slots:
     void everyScreenshotIsARealScreen()
     {
         const QStringList names = QDir(m_dir.filePath("shots")).entryList({"*.png"}, QDir::Files, QDir::Name);
-        QCOMPARE(names.size(), 105);
+        QCOMPARE(names.size(), 116);
         for (const QString& file : names) {
             const QImage image = shot(file.chopped(4));
             QCOMPARE(image.size(), QSize(800, 480));
@@ -405,6 +409,57 @@ private slots:
         QVERIFY(diffBox(step("network-back"), step("calls-back-home"), QRect(0, 0, 800, 40)).isEmpty());
     }
 
+    void contactsListFollowsTheLiveTable()
+    {
+        // What zedagui printed beside each screenshot of the contacts.
+        QHash<QString, QHash<QString, QString>> facts;
+        QString last;
+        for (const QString& line : m_guiOut.split('\n')) {
+            const QRegularExpressionMatch name = QRegularExpression("screenshot .*/\\d\\d-([^/]*)\\.png$").match(line);
+            if (name.hasMatch())
+                last = name.captured(1);
+            if (line.startsWith("zedagui: screen contacts: ")) {
+                for (const QString& pair : line.mid(26).split(' ')) {
+                    const int eq = pair.indexOf('=');
+                    facts[last][pair.left(eq)] = pair.mid(eq + 1);
+                }
+            }
+        }
+        auto at = [&](const char* shot, const char* key) { return facts.value(shot).value(key); };
+        QVERIFY2(facts.contains("contacts-list"), qPrintable(m_guiOut));
+        // The tile opened the list.
+        QCOMPARE(at("contacts-opened", "rows"), QString("13"));
+        // Thirteen contacts, of which only those in view were built, the first focused.
+        QCOMPARE(at("contacts-list", "rows"), QString("13"));
+        QVERIFY(at("contacts-list", "built").toInt() >= 6 && at("contacts-list", "built").toInt() < 13);
+        QCOMPARE(at("contacts-list", "focus"), QString("1"));
+        // The peer's insertion: a fourteenth row, focused; deleted, gone; then none.
+        QVERIFY2(at("contacts-inserted", "rows") == "14", qPrintable(m_guiOut.right(6000)));
+        QCOMPARE(at("contacts-inserted", "focus"), QString("14"));
+        QCOMPARE(at("contacts-deleted", "rows"), QString("13"));
+        QCOMPARE(at("contacts-empty", "rows"), QString("0"));
+        QCOMPARE(at("contacts-restored", "rows"), QString("13"));
+
+        const QRect list(0, 56, 800, 360);
+        const QImage shown = step("contacts-list");
+        const QImage inserted = step("contacts-inserted");
+        const QImage empty = step("contacts-empty");
+        QVERIFY(!shown.isNull() && !inserted.isNull() && !empty.isNull());
+        QVERIFY(brightPixels(shown, list) > 2000);
+        // The new row scrolled into view at the bottom of the list.
+        // (Beside the list's own softkeys, which came just before.)
+        const QRect moved = diffBox(step("contacts-softkeys"), inserted, QRect(0, 0, 800, 56));
+        QVERIFY2(list.contains(moved) && moved.height() > 200, qPrintable(QString("%1,%2 %3x%4").arg(moved.x()).arg(moved.y()).arg(moved.width()).arg(moved.height())));
+        QVERIFY(!diffBox(inserted, step("contacts-deleted"), QRect(0, 0, 800, 56)).isEmpty());
+        // Emptied: a short note where the rows were.
+        const int note = brightPixels(empty, list);
+        QVERIFY2(note > 30 && note < brightPixels(shown, list) / 4, qPrintable(QString::number(note)));
+        QVERIFY(diffBox(shown, empty, QRect(0, 0, 800, 56)).intersects(QRect(0, 56, 800, 120)));
+        QVERIFY(m_guiLog.contains("zedagui: the contacts table is empty"));
+        // Home again, with every contact back.
+        QVERIFY(diffBox(step("contacts-home"), step("contacts-back-home"), QRect(0, 0, 800, 40)).isEmpty());
+    }
+
     void homeTilesSwipeToTheirSecondPage()
     {
         // The last facts of the home screen: at rest on the second of two pages.
@@ -423,6 +478,49 @@ private slots:
         }
         // Mid-swipe the tiles stood between the pages.
         QVERIFY(diffBox(step("calls-back-home"), step("home-swipe"), QRect(0, 0, 800, 40)).width() > 600);
+    }
+
+    // Test automation's view: the core waited until the report showed the French
+    // title, and saved the final screen's report, which agrees with its pixels.
+    void screensByTheirReport()
+    {
+        QVERIFY2(m_coreOut.contains("REPORT zedagui shows title label=Accueil"), qPrintable(m_coreOut.right(3000)));
+        QVERIFY(m_coreOut.contains(QRegularExpression("UIREPORT zedagui bytes=\\d+")));
+        QFile file(m_dir.filePath("ui-report.xml"));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QDomDocument report;
+        QVERIFY(report.setContent(&file));
+        const QDomElement root = report.documentElement();
+        QCOMPARE(root.tagName() + " " + root.attribute("name") + " " + root.attribute("type"),
+                 QStringLiteral("window zedagui CZedaGui"));
+        // Everything reported by its name.
+        QHash<QString, QDomElement> named;
+        QStringList windows;
+        const std::function<void(const QDomElement&)> collect = [&](const QDomElement& parent) {
+            for (QDomElement e = parent.firstChildElement(); !e.isNull(); e = e.nextSiblingElement()) {
+                if (!e.attribute("name").isEmpty() && !named.contains(e.attribute("name")))
+                    named.insert(e.attribute("name"), e);
+                collect(e);
+            }
+        };
+        collect(root);
+        for (QDomElement e = root.firstChildElement(); !e.isNull(); e = e.nextSiblingElement())
+            windows << e.attribute("name");
+        // The meeting screen is up; the home screen it covers is left out.
+        QVERIFY2(windows.contains("meeting") && !windows.contains("home"), qPrintable(windows.join(",")));
+        QCOMPARE(named.value("meeting-title").attribute("label"), QStringLiteral("Meeting details"));
+        const QDomElement child = named.value("child-state");
+        QVERIFY2(child.attribute("label").contains("running, run 2"), qPrintable(child.attribute("label")));
+        // Where the child's line changed on the screen is where the report puts it.
+        const QStringList pos = child.attribute("pos").split(':');
+        const QStringList size = child.attribute("size").split('x');
+        QCOMPARE(pos.size() + size.size(), 4);
+        const QRect line(pos[0].toInt(), pos[1].toInt(), size[0].toInt(), size[1].toInt());
+        const QRect changed = diffBox(step("child-stopped"), step("child-restarted"));
+        QVERIFY(!changed.isEmpty());
+        QVERIFY2(line.adjusted(-2, -2, 2, 2).contains(changed),
+                 qPrintable(QString("%1,%2 %3x%4 in %5").arg(changed.x()).arg(changed.y()).arg(changed.width())
+                                .arg(changed.height()).arg(child.attribute("pos") + " " + child.attribute("size"))));
     }
 
     void screenshotsChangeWhereTheScenarioChangedTheScreen()

@@ -379,7 +379,7 @@ private slots:
                        "senddb dbs TJDB/1 request;2=scenario-2;4=INSERT INTO calls VALUES('+9', 'now')\n"
                        "expect 2=scenario-2\nquit 0\n");
         scenario.close();
-        ProgramProcess core("tgui-core", {"--port", "0", "--listen", "127.0.0.1", "--scenario", "db.txt"});
+        ProgramProcess core("tgui-core", {"--port", "0", "--listen", "127.0.0.1", "--scenario", "db.txt", "--programs", qEnvironmentVariable("TGUI_BIN_DIR", TGUI_BIN_DIR)});
         QVERIFY(core.process.waitForFinished(30000));
         QCOMPARE(core.process.exitCode(), 0);
         const QString out = core.out();

@@ -9,6 +9,7 @@
 #include "TextTestSupport.h"
 #include "layout/CTavoLayoutWidget.h"
 #include "widgets/CTavoScrollBar.h"
+#include "tools/TavoToolFlags.h"
 
 namespace {
 
@@ -238,7 +239,7 @@ private slots:
 
     void reportNamesPositionAndDirection()
     {
-        CTavoWidget::s_bTestAutomation = true;
+        tavoToolSetTestAutomationFlag(true);
         BarSurface vertical;
         vertical.bar->set(50, 50, 200);
         vertical.bar->refreshDom();
@@ -252,7 +253,7 @@ private slots:
         horizontal.bar->Hide(false);
         horizontal.bar->refreshDom();
         QVERIFY(horizontal.bar->dom().firstChildElement().isNull());
-        CTavoWidget::s_bTestAutomation = false;
+        tavoToolSetTestAutomationFlag(false);
     }
 };
 

@@ -11,6 +11,7 @@
 #include "TextTestSupport.h"
 #include "ViewTestSupport.h"
 #include "widgets/CTavoButton.h"
+#include "tools/TavoToolFlags.h"
 
 using namespace ViewTest;
 
@@ -518,7 +519,7 @@ private slots:
 
     void reportTellsOffsetSizeFocusAndCount()
     {
-        CTavoWidget::s_bTestAutomation = true;
+        tavoToolSetTestAutomationFlag(true);
         List l;
         l.view->setFocusedItem(3, true);
         l.view->setScrollOffsetAndState(QPoint(0, 120));
@@ -534,7 +535,7 @@ private slots:
         l.view->report(done, root);
         // The view, its bar and the rows in view.
         QCOMPARE(root.firstChild().childNodes().size(), 1 + 8);
-        CTavoWidget::s_bTestAutomation = false;
+        tavoToolSetTestAutomationFlag(false);
     }
 };
 
