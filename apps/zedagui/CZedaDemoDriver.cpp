@@ -16,6 +16,9 @@
 #include "CZedaGui.h"
 #include "layout/CTavoLayoutWidget.h"
 #include "log/GuiLog.h"
+#include "widgets/CTavoButton.h"
+#include "widgets/CTavoSoftkey.h"
+#include "widgets/CTavoView.h"
 #include "widgets/CTavoWidget.h"
 
 namespace {
@@ -157,7 +160,17 @@ void CZedaDemoDriver::onDocument(const QString& step)
 void CZedaDemoDriver::press(const QString& name)
 {
     CTavoWidget* target = nullptr;
+    // "softkey-N": the bar's N-th button, wherever its page puts it.
+    bool isKey = false;
+    const int key = name.startsWith(QLatin1String("softkey-")) ? name.mid(8).toInt(&isKey) : 0;
+    if (isKey && m_gui->softkeyBar()) {
+        CTavoWidget* button = m_gui->softkeyBar()->button(key - 1);
+        if (button && button->isVisible() && m_gui->softkeyBar()->isVisible())
+            target = button;
+    }
     for (CTavoWidget* w : m_gui->findChildren<CTavoWidget*>(name)) {
+        if (target)
+            break;
         QWidget* surface = w->parentWidget();
         if (w->isVisible() && surface && surface->isVisible()) {
             target = w;
@@ -169,7 +182,10 @@ void CZedaDemoDriver::press(const QString& name)
         return;
     }
     QWidget* surface = target->parentWidget();
-    const QPoint at = target->center();
+    // Items of a view lie in its content: the point on the surface is where it shows them.
+    QPoint at = target->center();
+    if (CTavoView* view = CTavoView::holderOf(target))
+        at = view->mapToPointInParent(at);
     const QPoint global = surface->mapToGlobal(at);
     say(QStringLiteral("pressing %1 at %2,%3").arg(name).arg(at.x()).arg(at.y()));
     QMouseEvent down(QEvent::MouseButtonPress, at, global, Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);

@@ -17,12 +17,12 @@
 #include "CZedaMenuFlyout.h"
 #include "CZedaAccountScreen.h"
 #include "CZedaNetworkScreen.h"
-#include "CZedaSoftkeyBar.h"
 #include "CZedaSupervisor.h"
 #include "data/CTavoDbTable.h"
 #include "layout/CTXMLDataConverter.h"
 #include "layout/CTavoEvent.h"
 #include "widgets/CTavoButton.h"
+#include "widgets/CTavoSoftkey.h"
 #include "log/GuiLog.h"
 #include "style/CTavoStyleSheetFile.h"
 #include "tools/TavoToolFlags.h"
@@ -125,7 +125,10 @@ void CZedaGui::initWidgets()
     m_home = new CZedaHomeScreen(this);
     // The boot screen comes first; the home screen's web paragraph after it.
     m_home->holdBackIntro(true);
-    m_softkeys = new CZedaSoftkeyBar(this);
+    m_softkeys = new CTavoSoftkey(this);
+    m_softkeys->setObjectName(QStringLiteral("softkeys"));
+    // Not over the boot screen.
+    m_softkeys->forceHiding(true);
     m_childWidgets.insert(HomeScreen, m_home);
     m_childWidgets.insert(SoftkeyBar, m_softkeys);
     m_directory = new CZedaDirectoryScreen(this);
@@ -141,8 +144,12 @@ void CZedaGui::initWidgets()
         m_home->applySkin(style, attributes);
     attributes.clear();
     style = itemStyle(skin, "softkeys", &attributes);
+    // Laid out before its first document: the bar keeps none without a size.
     if (!style.isEmpty())
-        m_softkeys->applySkin(style, attributes);
+        m_softkeys->updateStyle(style, attributes, true);
+    // A change of the phone's state asks for the document again.
+    connect(m_softkeys, &CTavoSoftkey::softkeyChanged, this,
+            [this] { showSoftkeys(m_softkeys->getXMLSoftKeyData(), true); });
     attributes.clear();
     style = itemStyle(skin, "directory", &attributes);
     if (!style.isEmpty())
@@ -153,6 +160,11 @@ void CZedaGui::initWidgets()
     style = itemStyle(skin, "flyout", &attributes);
     if (!style.isEmpty())
         m_menu->applySkin(style, attributes);
+    m_keyFlyout = new CZedaMenuFlyout(this);
+    m_keyFlyout->setObjectName(QStringLiteral("softkey-flyout"));
+    if (!style.isEmpty())
+        m_keyFlyout->applySkin(style, attributes);
+    m_softkeys->setFlyout(m_keyFlyout);
 
     m_network = new CZedaNetworkScreen(this);
     attributes.clear();
@@ -160,10 +172,13 @@ void CZedaGui::initWidgets()
     if (!style.isEmpty())
         m_network->applySkin(style, attributes);
     addScreen(QStringLiteral("Home:Settings"), m_network);
-    // The text fields' context keys reach the bar through the manager's signal,
-    // which the real softkey bar will answer in its place.
+    // The text fields' context keys reach the bar through the manager's signal.
     connect(m_network, &CZedaNetworkScreen::contextSensitiveSk, this, &CTavoLayoutMgr::contextSensitiveSk);
-    connect(this, &CTavoLayoutMgr::contextSensitiveSk, m_softkeys, &CZedaSoftkeyBar::onCtxSensitiveSkReq);
+    connect(this, &CTavoLayoutMgr::contextSensitiveSk, this,
+            [this](const QString& url, const QString& data, int value) {
+                m_ctxRequests.insert(url, qMakePair(data, value));
+            });
+    connect(this, &CTavoLayoutMgr::contextSensitiveSk, m_softkeys, &CTavoSoftkey::onCtxSensitiveSkReq);
     connect(m_softkeys, &CTavoLayoutWidget::layoutWidgetSignal, m_network, &CZedaNetworkScreen::onSoftkey);
 
     // The Account screen has no tile: the demo shows it by name.
@@ -233,7 +248,7 @@ void CZedaGui::leaveBootScreen()
     setUseBootingBackground(false);
     m_current = m_home;
     m_home->Show(false);
-    m_softkeys->Show(false);
+    m_softkeys->forceHiding(false);
     guiLog(2, "zedagui: home screen shown");
 }
 
@@ -322,7 +337,7 @@ void CZedaGui::onWidgetEvent(QString url, QString data, int type)
     // The softkey that owns the flyout opens and closes it; another key that comes
     // to stand in its place later does not.
     if (m_menu && m_menu->hasContent() && url == m_menuOwnerUrl) {
-        CTavoButton* key = m_softkeys->key(m_menu->keyIndex());
+        CTavoButton* key = m_softkeys->button(m_menu->keyIndex());
         if (key && key->isVisible() && key->url() == url)
             m_menu->toggleFrom(key);
     }
@@ -360,7 +375,7 @@ bool CZedaGui::isNetworkUp() const
 
 bool CZedaGui::isFlyoutOpen() const
 {
-    return m_menu && m_menu->isOpen();
+    return (m_menu && m_menu->isOpen()) || (m_keyFlyout && m_keyFlyout->isOpen());
 }
 
 void CZedaGui::handleTXmlMsg(QByteArray& data, GuiAppsT source, GuiAppsMsgTypeT type)
@@ -376,6 +391,8 @@ void CZedaGui::handleTXmlMsg(QByteArray& data, GuiAppsT source, GuiAppsMsgTypeT 
                 m_systemName = QString::fromUtf8(root.value("systemName"));
             if (*root.value("systemNumber"))
                 m_systemNumber = QString::fromUtf8(root.value("systemNumber"));
+            if (*root.value("voicemail"))
+                m_softkeys->setNumVoicemailMessages(QByteArray(root.value("voicemail")).toInt());
             leaveBootScreen();
             refreshClock();
         } else if (uriType == TxmlUriAppStatus) {
@@ -391,16 +408,32 @@ void CZedaGui::handleTXmlMsg(QByteArray& data, GuiAppsT source, GuiAppsMsgTypeT 
         // The key that owned an open flyout may be gone.
         if (m_menu->isOpen())
             m_menu->flyIn(false, CTavoFlyoutCluster::FlyinByOwner);
-        const QStringList labels = m_softkeys->setKeys(root.softkeys);
-        guiLog(2, "zedagui: %d softkeys: %s", labels.size(), qPrintable(labels.join(QLatin1String(" | "))));
+        showSoftkeys(root.softkeys, false);
     }
     if (root.flags & TXML_FLAG_FLYOUT) {
         const char* keyIndex = root.value(CTXMLUriLib::varname(TxmlVarKeyIndex));
         m_menu->setContent(root.flyout, *keyIndex ? QByteArray(keyIndex).toInt() : -1);
-        CTavoButton* owner = m_softkeys->key(m_menu->keyIndex());
+        CTavoButton* owner = m_softkeys->button(m_menu->keyIndex());
         m_menuOwnerUrl = owner ? owner->url() : QString();
     }
     emit documentHandled(stepName(root));
+}
+
+void CZedaGui::showSoftkeys(const CTXMLSoftkeys& keys, bool force)
+{
+    QList<int> excluded;
+    m_softkeys->set(keys, excluded, SoftkeyLayoutDefault, force);
+    // The fields asked for their keys before the keys were there.
+    for (auto it = m_ctxRequests.constBegin(); it != m_ctxRequests.constEnd(); ++it) {
+        if (it.value().second != 0)
+            m_softkeys->onCtxSensitiveSkReq(it.key(), it.value().first, it.value().second);
+    }
+    QStringList labels;
+    for (CTavoButton* button : m_softkeys->buttons()) {
+        if (button->isVisible())
+            labels << button->label();
+    }
+    guiLog(2, "zedagui: %d softkeys: %s", int(labels.size()), qPrintable(labels.join(QLatin1String(" | "))));
 }
 
 namespace {
@@ -448,6 +481,10 @@ bool CZedaGui::handleDemoDocument(const CTXMLRoot& root)
     } else if (std::strcmp(uri, "Demo:Directory") == 0) {
         // The step is shot when the call has ended.
         m_directory->request(QString::fromUtf8(root.value("user")), QString::fromUtf8(root.value("password")), step);
+    } else if (std::strcmp(uri, "Demo:CtxKey") == 0) {
+        emit contextSensitiveSk(QString::fromUtf8(root.value("url")), QString::fromUtf8(root.value("data")),
+                                QByteArray(root.value("value")).toInt());
+        emit documentHandled(step);
     } else if (std::strcmp(uri, "Demo:Kill") == 0) {
         m_supervisor->kill(QString::fromUtf8(root.value("app")));
     } else {

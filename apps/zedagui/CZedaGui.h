@@ -17,6 +17,11 @@
 //       over SOAP; the step's screenshot waits for the answer, and the core
 //       gets an event "Directory:Result" with the outcome as its data
 //   <Event uri="Demo:Kill">app=NAME</Event>    kill the supervised child NAME
+//   <Event uri="Demo:CtxKey">url=URL;value=1</Event>  ask the softkey bar for a
+//       context sensitive key, as a text field does (1 show, 0 hide, 2 dim)
+// and, besides the configuration pairs, "voicemail=N" sets the number of new
+// voicemail messages the softkey bar's badge tells of. The demo presses a
+// softkey by the name "softkey-N": the bar's N-th button, where it stands now.
 // and a pair "step=NAME" in any document's event names what it shows. While
 // the meeting details (screen "meeting") show, each change of a supervised
 // child's state goes to the core as
@@ -27,8 +32,10 @@
 // ("Home:CallHistory"), and "SoftKey:Back" returns home. A flyout document of
 // the core fills the softkey flyout (CZedaMenuFlyout), which the softkey at the
 // document's "keyIndex" opens; the configuration pairs "systemName" and
-// "systemNumber" name the phone on its banner.
+// "systemNumber" name the phone on its banner. The softkey bar (CTavoSoftkey)
+// opens a flyout of its own for keys that share a place or carry choices.
 #include <QHash>
+#include <QPair>
 #include <QPoint>
 #include <QString>
 #include <QTimer>
@@ -41,7 +48,8 @@ class CZedaDirectoryScreen;
 class CZedaHomeScreen;
 class CZedaMenuFlyout;
 class CZedaNetworkScreen;
-class CZedaSoftkeyBar;
+class CTavoSoftkey;
+class CTXMLSoftkeys;
 class CZedaSupervisor;
 
 class CZedaGui : public CTavoLayoutMgr
@@ -59,7 +67,8 @@ public:
 
     bool isBooted() const { return m_booted; }
     CZedaHomeScreen* homeScreen() const { return m_home; }
-    CZedaSoftkeyBar* softkeyBar() const { return m_softkeys; }
+    CTavoSoftkey* softkeyBar() const { return m_softkeys; }
+    CZedaMenuFlyout* softkeyFlyout() const { return m_keyFlyout; }
     CZedaSupervisor* supervisor() const { return m_supervisor; }
     CZedaDirectoryScreen* directoryScreen() const { return m_directory; }
     CZedaMenuFlyout* menuFlyout() const { return m_menu; }
@@ -111,12 +120,18 @@ private:
     void watchContacts();
     void refreshContactCount();
     void switchTo(CTavoLayoutWidget* screen);
+    // A document for the bar; force applies an unchanged one again (the phone's state changed).
+    void showSoftkeys(const CTXMLSoftkeys& keys, bool force);
     bool handleDemoDocument(const CTXMLRoot& root);
     // The name of a document for its screenshot: its "step" pair, else what it held.
     static QString stepName(const CTXMLRoot& root);
 
     CZedaHomeScreen* m_home = nullptr;
-    CZedaSoftkeyBar* m_softkeys = nullptr;
+    CTavoSoftkey* m_softkeys = nullptr;
+    CZedaMenuFlyout* m_keyFlyout = nullptr;  // the bar's own flyout
+    // The last request of each context key: a field asks when it takes the
+    // focus, which may be before the document with its keys arrives.
+    QHash<QString, QPair<QString, int>> m_ctxRequests;
     CZedaSupervisor* m_supervisor = nullptr;
     CZedaDirectoryScreen* m_directory = nullptr;
     CZedaMenuFlyout* m_menu = nullptr;

@@ -203,7 +203,7 @@ private slots:
         const QRegularExpressionMatch m = frame.match(m_guiOut);
         QVERIFY2(m.hasMatch(), qPrintable(m_guiOut));
         QVERIFY(m.captured(1).toInt() > 0);
-        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 102 screenshots"));
+        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 116 screenshots"));
         QVERIFY(m_coreOut.contains("SCENARIO done"));
         QVERIFY(!m_coreOut.contains("SCENARIO timeout"));
         // A clean start finds every font the manager loads.
@@ -246,8 +246,9 @@ private slots:
         // the Network screen its tile, the mode key and Back, the directory its
         // three results, the supervised child its two changes of state, the call
         // history its tile and Back, the Account screen its three Script presses
-        // and Back.
-        QCOMPARE(m_coreOut.count("EVENT zedagui"), 26);
+        // and Back, the softkey bar its page turned by More and its own flyout's
+        // report and closing.
+        QCOMPARE(m_coreOut.count("EVENT zedagui"), 29);
     }
 
     void theHomeScreenCountsTheDirectorysContacts()
@@ -265,7 +266,7 @@ private slots:
     void everyScreenshotIsARealScreen()
     {
         const QStringList names = QDir(m_dir.filePath("shots")).entryList({"*.png"}, QDir::Files, QDir::Name);
-        QCOMPARE(names.size(), 102);
+        QCOMPARE(names.size(), 116);
         for (const QString& file : names) {
             const QImage image = shot(file.chopped(4));
             QCOMPARE(image.size(), QSize(800, 480));
@@ -580,8 +581,10 @@ private slots:
         };
         QStringList events;
         for (const QString& line : m_coreOut.split('\n')) {
+            // The softkey bar's own flyout (key 1) reports too, later in the scenario.
             if (line.startsWith("EVENT zedagui") && (line.contains("Gui:Event") || line.contains("softkey:7")
-                                                     || line.contains("softkey:542-Menu")))
+                                                     || line.contains("softkey:542-Menu"))
+                && !line.contains("keyIndex%3D1"))
                 events << line;
         }
         QCOMPARE(events.size(), expected.size());
@@ -638,12 +641,21 @@ private slots:
         };
         // A key is drawn where its area is lighter than the bar's own background.
         auto keyShown = [](const QImage& image, const QRect& key) { return qBlue(image.pixel(key.center())) > 50; };
+        // The bar stands the keys it shows side by side from the left: a context
+        // key nobody asked for leaves no gap.
+        auto keyCount = [&](const QImage& image) {
+            int n = 0;
+            for (int i = 0; i < 4; ++i)
+                n += keyShown(image, modeKey.translated(198 * i, 0)) ? 1 : 0;
+            return n;
+        };
 
         const QImage opened = step("network-softkeys");
         QVERIFY(!opened.isNull());
         QVERIFY(selected(opened, firstGroup) > 200);
         QCOMPARE(selected(opened, otherGroups), 0);
-        QVERIFY(!keyShown(opened, modeKey) && keyShown(opened, deleteKey));
+        // Delete, Save and Back: the address field does not ask for the mode key.
+        QCOMPARE(keyCount(opened), 3);
 
         // Each key of the address changes the address field and nothing else.
         const QStringList typing = {"network-softkeys", "ip-1", "ip-19", "ip-192", "ip-192-1", "ip-192-16",
@@ -660,11 +672,12 @@ private slots:
         // but no delete key while the field is empty.
         const QImage name = step("name-focus");
         QVERIFY(diffBox(step("ip-done"), name).intersects(modeId));
-        QVERIFY(keyShown(name, modeKey) && !keyShown(name, deleteKey));
+        // Mode, Save and Back: no Delete while the field is empty.
+        QCOMPARE(keyCount(name), 3);
         QCOMPARE(selected(name, firstGroup), 0);
         const QRect typed = diffBox(name, step("name-D"));
         QVERIFY(typed.intersects(nameField) && typed.intersects(deleteKey) && !typed.intersects(ipField));
-        QVERIFY(keyShown(step("name-D"), deleteKey));
+        QCOMPARE(keyCount(step("name-D")), 4);
         // The mode key changes the identifier ("Abc" to "abc"); in the field only
         // the blinking cursor may differ.
         const QRect mode = diffBox(step("name-Desk"), step("name-mode-abc"), QRect(0, 416, 800, 64));
@@ -783,6 +796,70 @@ private slots:
 
         // Back on the home screen, still on the page the swipe left it at.
         QVERIFY(diffBox(step("home-page-2"), step("account-back"), QRect(0, 0, 800, 40)).isEmpty());
+    }
+
+    // The softkey bar: six keys on pages of four with More, More turning the
+    // page, a shared place opening the bar's flyout above its key, a context key
+    // coming and going, and the voicemail badge.
+    void softkeyBarPagesFoldsAndBadges()
+    {
+        const QRect statusStrip(0, 0, 800, 40);
+        const QRect row(0, 416, 800, 64);
+        // A key is drawn where its area is lighter than the bar's own background.
+        auto keys = [](const QImage& image) {
+            int n = 0;
+            for (int i = 0; i < 4; ++i)
+                n += qBlue(image.pixel(102 + 198 * i, 448)) > 50 ? 1 : 0;
+            return n;
+        };
+        for (const char* name : {"softkeys-bar-home", "softkeys-six", "softkeys-page-2", "softkeys-shared",
+                                 "softkeys-shared-flyout", "softkeys-shared-closed", "softkeys-ctx-doc",
+                                 "softkeys-ctx-shown", "softkeys-ctx-hidden", "softkeys-home-again",
+                                 "softkeys-voicemail-badge"})
+            QVERIFY2(!step(name).isNull(), name);
+
+        // Six keys: a full first page (three keys and More), only the row changed.
+        const QRect six = diffBox(step("softkeys-bar-home"), step("softkeys-six"), statusStrip);
+        QVERIFY(!six.isEmpty() && row.contains(six));
+        QCOMPARE(keys(step("softkeys-six")), 4);
+        // More: the second page, a full one again, and the core hears the page.
+        const QRect page = diffBox(step("softkeys-six"), step("softkeys-page-2"), statusStrip);
+        QVERIFY(!page.isEmpty() && row.contains(page));
+        QCOMPARE(keys(step("softkeys-page-2")), 4);
+        QVERIFY2(m_coreOut.contains("<Event uri=\"Gui:SoftkeyPage\" type=\"1000\" flags=\"1\">data=1<"),
+                 qPrintable(m_coreOut.right(2000)));
+
+        // Two keys on place 2 become one key; its press opens the flyout above
+        // it, its left edge on the key's, and lights the key.
+        QCOMPARE(keys(step("softkeys-shared")), 4);
+        const QRect flyout = diffBox(step("softkeys-shared"), step("softkeys-shared-flyout"), statusStrip);
+        QVERIFY2(flyout.left() >= 200 && flyout.left() <= 204 && flyout.top() < 300 && flyout.bottom() <= 476
+                     && flyout.width() >= 300,
+                 qPrintable(QString("%1,%2 %3x%4").arg(flyout.x()).arg(flyout.y()).arg(flyout.width()).arg(flyout.height())));
+        QVERIFY(qBlue(step("softkeys-shared-flyout").pixel(300, 470)) > qRed(step("softkeys-shared-flyout").pixel(300, 470)) + 80);
+        QVERIFY(m_coreOut.contains("data=labels%3DRenvoyer%3BTransf"));
+        // A second press closes it: above the row the screen is as before (the
+        // key's own press may still be fading).
+        const QRect closed = diffBox(step("softkeys-shared"), step("softkeys-shared-closed"), statusStrip);
+        QVERIFY(closed.isEmpty() || row.contains(closed));
+
+        // The context key takes no place until asked for, and leaves again.
+        QCOMPARE(keys(step("softkeys-ctx-doc")), 3);
+        QCOMPARE(keys(step("softkeys-ctx-shown")), 4);
+        QVERIFY(row.contains(diffBox(step("softkeys-ctx-doc"), step("softkeys-ctx-shown"), statusStrip)));
+        QVERIFY(diffBox(step("softkeys-ctx-doc"), step("softkeys-ctx-hidden"), statusStrip).isEmpty());
+
+        // Three voicemail messages: the red badge on the row, and nothing else.
+        const QRect badge = diffBox(step("softkeys-home-again"), step("softkeys-voicemail-badge"), statusStrip);
+        QVERIFY2(!badge.isEmpty() && QRect(570, 420, 30, 30).contains(badge),
+                 qPrintable(QString("%1,%2 %3x%4").arg(badge.x()).arg(badge.y()).arg(badge.width()).arg(badge.height())));
+        const QRgb red = step("softkeys-voicemail-badge").pixel(badge.center());
+        QVERIFY(qRed(red) > 200 && qBlue(red) < 100);
+        // The home keys again, four of them; the rest of the screen as it was.
+        QCOMPARE(keys(step("softkeys-home-again")), 4);
+        const QRect again = diffBox(step("softkeys-bar-home"), step("softkeys-home-again"), statusStrip);
+        QVERIFY2(again.isEmpty() || row.contains(again),
+                 qPrintable(QString("%1,%2 %3x%4").arg(again.x()).arg(again.y()).arg(again.width()).arg(again.height())));
     }
 };
 

@@ -82,22 +82,20 @@ private slots:
     {
         CTavoStyleSheet sheet;
         load(sheet, "softkeys");
-        for (const char* selector : {"CTavoButton", "CTavoButton#softkey-1", "CTavoButton:urgent"}) {
+        for (const char* selector : {"CTavoButton", "CTavoButton#softkey-button", "CTavoButton:urgent"}) {
             CTavoWidgetStyle* block = sheet.get(selector);
             QVERIFY2(block && !block->Image("background-pressed-image").isNull()
                          && block->BrushPtr("background-focused"), selector);
         }
-        CTavoWidgetStyle* surface = sheet.get("CTavoLayoutWidget");
+        CTavoWidgetStyle* surface = sheet.get("CTavoSoftkey");
         QVERIFY(surface && surface->Location("location") == QPoint(0, 416));
-        int right = 0;
-        for (int i = 1; i <= 4; ++i) {
-            CTavoButton key;
-            key.setObjectName(QString("softkey-%1").arg(i));
-            key.setStyleSheet(&sheet, true);
-            QVERIFY(key.left() >= right && key.backgroundBrush());
-            right = key.right();
-        }
-        QVERIFY(right < 800);
+        QVERIFY(surface->Bool("put-more-sk-at-page-end", false));
+        // Pages of four keys of 196 pixels, two apart, four from the edge: the row spans the bottom.
+        CTavoWidgetStyle* pages = sheet.get("CTavoPageView#softkey-pageview");
+        QVERIFY(pages && pages->Size("page-layout") == QSize(4, 1));
+        const int keyWidth = sheet.get("CTavoButton#softkey-button")->Size("size").width();
+        const int right = int(pages->UInt("inter-page-gap", 0)) + 4 * keyWidth + 3 * int(pages->UInt("item-gap", 0));
+        QVERIFY(right > 780 && right < 800);
         CTavoVarWidthButton button;
         button.setStyleSheet(&sheet, true);
         button.setText("Paste");
