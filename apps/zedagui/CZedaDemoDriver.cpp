@@ -102,9 +102,12 @@ QString CZedaDemoDriver::nextName(const QString& step)
     clean.replace(QRegularExpression(QStringLiteral("[^A-Za-z0-9_-]")), QStringLiteral("-"));
     if (clean.isEmpty())
         clean = QStringLiteral("step");
-    // 99 stays for the end.
-    const int n = qMin(++m_sequence, 98);
-    return QStringLiteral("%1-%2").arg(n, 2, 10, QLatin1Char('0')).arg(clean.left(40));
+    // 99 stays for the end. From the 98th on, "98-NNN-" keeps the names in the
+    // order taken (sorted by name) and the first 97 as they always were.
+    const int n = ++m_sequence;
+    if (n < 98)
+        return QStringLiteral("%1-%2").arg(n, 2, 10, QLatin1Char('0')).arg(clean.left(40));
+    return QStringLiteral("98-%1-%2").arg(qMin(n, 999), 3, 10, QLatin1Char('0')).arg(clean.left(40));
 }
 
 QString CZedaDemoDriver::shoot(const QString& file)

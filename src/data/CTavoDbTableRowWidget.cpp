@@ -7,6 +7,7 @@
 #include "data/CTavoDbTable.h"
 #include "log/GuiLog.h"
 #include "style/CTavoWidgetStyle.h"
+#include "tools/TavoToolFlags.h"
 #include "tools/TavoTools.h"
 #include "widgets/CTavoIcon.h"
 #include "widgets/CTavoImageWidget.h"
@@ -215,7 +216,7 @@ void CTavoDbTableRowWidget::setDown(bool down)
 
 void CTavoDbTableRowWidget::refreshDom()
 {
-    if (!s_bTestAutomation)
+    if (!tavoToolGetTestAutomationFlag())
         return;
     CTavoButton::refreshDom();
     if (!m_visible || !rect().isValid())

@@ -16,7 +16,7 @@
 #include <QSysInfo>
 #include <cstring>
 
-#include "../log/LogTestSupport.h"
+#include "LogTestSupport.h"
 #include "core/AppDefs.h"
 #include "log/UtilLog.h"
 #include "log/UtilLogMsg.h"

@@ -26,36 +26,12 @@
 #include "widgets/CTavoParagraph.h"
 #include "widgets/CTavoView.h"
 
+#include "ProgramProcess.h"
+
 namespace {
-const QString kBin = QStringLiteral(TGUI_BIN_DIR);
 const QRgb kBlue = qRgb(0, 0, 255);
 const QRgb kGreen = qRgb(0, 255, 0);
 const QRgb kMagenta = qRgb(255, 0, 255);
-
-class Program
-{
-public:
-    Program(const QString& name, const QStringList& args)
-    {
-        process.setProgram(kBin + "/" + name);
-        process.setArguments(args);
-        process.start();
-    }
-    ~Program()
-    {
-        process.terminate();
-        if (!process.waitForFinished(10000))
-            process.kill();
-        process.waitForFinished(3000);
-    }
-    QString out()
-    {
-        stdOut += QString::fromUtf8(process.readAllStandardOutput());
-        return stdOut;
-    }
-    QProcess process;
-    QString stdOut;
-};
 
 // rowid 0, id 1, name 2, number 3, presence 4, ..., read 9.
 const char* const kSchema = "CREATE TABLE contacts(id INTEGER PRIMARY KEY, name TEXT, number TEXT, presence INTEGER,"
@@ -141,8 +117,8 @@ class TestDbTableView : public QObject
     QTemporaryDir m_dir;
     QString m_home;
     QString m_db;
-    std::unique_ptr<Program> m_core;
-    std::unique_ptr<Program> m_dbs;
+    std::unique_ptr<ProgramProcess> m_core;
+    std::unique_ptr<ProgramProcess> m_dbs;
     CTavoLayoutMgr* m_mgr = nullptr;
     QList<QPointer<CTavoDbTableView>> m_views;
 
@@ -200,7 +176,7 @@ private slots:
     void init()
     {
         bRebootInitiated = false;
-        m_core = std::make_unique<Program>("tgui-core", QStringList{"--port", "0", "--listen", "127.0.0.1"});
+        m_core = std::make_unique<ProgramProcess>("tgui-core", QStringList{"--port", "0", "--listen", "127.0.0.1"});
         QVERIFY(QTest::qWaitFor([&] { return m_core->out().contains("LISTENING "); }, 10000));
         const QString out = m_core->out();
         const quint16 port = quint16(out.mid(out.indexOf("LISTENING ") + 10).section('\n', 0, 0).toUInt());
@@ -225,7 +201,7 @@ private slots:
         QVERIFY(seed.open(QIODevice::WriteOnly | QIODevice::Truncate));
         seed.write(sql.toUtf8());
         seed.close();
-        m_dbs = std::make_unique<Program>(
+        m_dbs = std::make_unique<ProgramProcess>(
             "tgui-dbs", QStringList{"--port", QString::number(port), "--poll-interval", "50", "--init", script, m_db});
     }
 
