@@ -26,6 +26,7 @@
 #include "widgets/CTavoParagraph.h"
 #include "widgets/CTavoView.h"
 
+#include "GuiProfile.h"
 #include "ProgramProcess.h"
 
 namespace {
@@ -114,8 +115,7 @@ class TestDbTableView : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir m_dir;
-    QString m_home;
+    GuiProfile m_profile;
     QString m_db;
     std::unique_ptr<ProgramProcess> m_core;
     std::unique_ptr<ProgramProcess> m_dbs;
@@ -164,29 +164,17 @@ class TestDbTableView : public QObject
 private slots:
     void initTestCase()
     {
-        QCoreApplication::setApplicationName(QStringLiteral("zedagui"));
-        QVERIFY(m_dir.isValid());
-        m_home = QDir::currentPath();
-        QDir(m_dir.path()).mkpath("Skins");
-        QFile qt(m_dir.filePath("qt.conf"));
-        QVERIFY(qt.open(QIODevice::WriteOnly));
-        qt.write("[Profile]\nActive=test\n");
+        QVERIFY(m_profile.make());
     }
 
     void init()
     {
         bRebootInitiated = false;
         m_core = std::make_unique<ProgramProcess>("tgui-core", QStringList{"--port", "0", "--listen", "127.0.0.1"});
-        QVERIFY(QTest::qWaitFor([&] { return m_core->out().contains("LISTENING "); }, 10000));
-        const QString out = m_core->out();
-        const quint16 port = quint16(out.mid(out.indexOf("LISTENING ") + 10).section('\n', 0, 0).toUInt());
-        QFile skins(m_dir.filePath("Skins/test.conf"));
-        QVERIFY(skins.open(QIODevice::WriteOnly));
-        skins.write("[zedagui]\nComServerIP=127.0.0.1\nComServerPort=" + QByteArray::number(port) + "\n");
-        skins.close();
-        QVERIFY(QDir::setCurrent(m_dir.path()));
+        const quint16 port = m_core->listeningPort();
+        QVERIFY(port && m_profile.enter(port));
 
-        m_db = m_dir.filePath(QString("%1.db").arg(QTest::currentTestFunction()));
+        m_db = m_profile.filePath(QString("%1.db").arg(QTest::currentTestFunction()));
         QFile::remove(m_db);
         QString sql = QString::fromLatin1(kSchema) + "BEGIN;";
         for (int i = 1; i <= 40; ++i)
@@ -196,7 +184,7 @@ private slots:
                        .arg(i % 2);
         sql += "COMMIT;";
         // The peer makes the file from the script.
-        const QString script = m_dir.filePath("seed.sql");
+        const QString script = m_profile.filePath("seed.sql");
         QFile seed(script);
         QVERIFY(seed.open(QIODevice::WriteOnly | QIODevice::Truncate));
         seed.write(sql.toUtf8());
@@ -210,16 +198,10 @@ private slots:
         for (const QPointer<CTavoDbTableView>& view : qAsConst(m_views))
             delete view.data();
         m_views.clear();
-        if (m_mgr) {
-            CTavoCoreCommunicator* com = m_mgr->coreCom();
-            delete m_mgr;
-            m_mgr = nullptr;
-            com->shutDown();
-            delete com;
-        }
+        deleteManager(m_mgr);
         m_dbs.reset();
         m_core.reset();
-        QDir::setCurrent(m_home);
+        m_profile.leave();
     }
 
     void rowsAreBuiltAsTheyComeIntoView()
