@@ -6,6 +6,7 @@
 #include <QElapsedTimer>
 #include <QFont>
 #include <QKeyEvent>
+#include <QWidget>
 
 #include <atomic>
 #include <cstdio>
