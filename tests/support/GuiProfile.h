@@ -43,8 +43,10 @@ private:
     QString m_home;
 };
 
-// The manager, then its link to the core; null afterwards. Nothing for null.
-inline void deleteManager(CTavoLayoutMgr*& mgr)
+// The manager (or a test's subclass of it), then its link to the core; null
+// afterwards. Nothing for null.
+template <typename Mgr>
+void deleteManager(Mgr*& mgr)
 {
     if (!mgr)
         return;
