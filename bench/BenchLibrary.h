@@ -3,6 +3,7 @@
 // stays free of the library for footprint_bare): the sample skin's items, and
 // the live-table peers, tgui-core and tgui-dbs, with a GUI-side CTavoDb.
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QProcess>
 #include <QRegularExpression>
 
