@@ -73,7 +73,7 @@ int main(int argc, char** argv)
 
     CTavoFlyoutCluster flyout(&screen);
     QString attributes;
-    const QString style = benchSkinStyle(QStringLiteral("flyout"), kFallbackStyle, &attributes);
+    QString style = benchSkinStyle(QStringLiteral("flyout"), kFallbackStyle, &attributes);
     flyout.updateStyle(style, attributes, true);
 
     CTXMLFlyoutCluster first = content("Alpha");

@@ -61,7 +61,7 @@ int main(int argc, char** argv)
 
     CTavoSoftkey bar(&screen);
     QString attributes;
-    const QString style = benchSkinStyle(QStringLiteral("softkeys"), kFallbackStyle, &attributes);
+    QString style = benchSkinStyle(QStringLiteral("softkeys"), kFallbackStyle, &attributes);
     bar.updateStyle(style, attributes, true);
 
     const CTXMLSoftkeys first = document("Alpha");
