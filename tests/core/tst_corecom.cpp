@@ -282,7 +282,7 @@ private slots:
     {
         open();
         QVERIFY(peer->waitForFrames(1));
-        bRebootInitiated = true;
+        __atomic_store_n(&bRebootInitiated, true, __ATOMIC_RELAXED);
         peer->writeRaw(toUs("late"));
         com->send("ignored", GuiAppsTavoapp, GuiAppsMsgTxml);
         QTest::qWait(300);

@@ -88,7 +88,7 @@ private slots:
 
     void init()
     {
-        bRebootInitiated = false;
+        __atomic_store_n(&bRebootInitiated, false, __ATOMIC_RELAXED);
         m_peer.reset(new LoopbackPeer);
         const quint16 port = m_peer->start();
         QFile skins(m_dir.filePath("Skins/test.conf"));
@@ -112,7 +112,7 @@ private slots:
         com->shutDown();
         delete com;
         m_peer.reset();
-        bRebootInitiated = false;
+        __atomic_store_n(&bRebootInitiated, false, __ATOMIC_RELAXED);
         tavoToolSet24HrsFormat(false);
         tavoToolsSetXt9Enabled(false);
         tavoToolSetTestAutomationFlag(false);
