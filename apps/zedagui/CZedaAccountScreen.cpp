@@ -34,6 +34,10 @@ CZedaAccountScreen::CZedaAccountScreen(QWidget* parent)
     : CTavoLayoutWidget(parent)
 {
     setObjectName(QStringLiteral("account"));
+    // Built when first shown, while the window is active: the fields' set() would
+    // take the focus from the screen on show now. Disabled, they only describe
+    // themselves; each claims the focus when this screen shows.
+    setEnabled(false);
     m_statusBar = new CTavoWidget(this, 2);
     m_statusBar->setObjectName(QStringLiteral("status-bar"));
     m_title = new CTavoLabelWidget(this);
@@ -75,6 +79,7 @@ CZedaAccountScreen::CZedaAccountScreen(QWidget* parent)
         glass->setMagGlassMask(roundedMask());
     }
     retranslateUi();
+    setEnabled(true);
 }
 
 void CZedaAccountScreen::applySkin(const QString& style, const QString& attributes)

@@ -82,8 +82,10 @@ CZedaGui::CZedaGui()
         guiLog(2, "zedagui: %d translations", t.size());
         if (m_home)
             m_home->retranslateUi();
-        for (CTavoLayoutWidget* screen : qAsConst(m_screens))
-            screen->retranslateUi();
+        for (CTavoLayoutWidget* screen : qAsConst(m_screens)) {
+            if (screen)
+                screen->retranslateUi();
+        }
     });
     connect(this, &CTavoLayoutMgr::evLayoutMgr, this, [this](int event, int) {
         if (event == 1026)
@@ -166,44 +168,21 @@ void CZedaGui::initWidgets()
         m_keyFlyout->applySkin(style, attributes);
     m_softkeys->setFlyout(m_keyFlyout);
 
-    m_network = new CZedaNetworkScreen(this);
-    attributes.clear();
-    style = itemStyle(skin, "network", &attributes);
-    if (!style.isEmpty())
-        m_network->applySkin(style, attributes);
-    addScreen(QStringLiteral("Home:Settings"), m_network);
     // The text fields' context keys reach the bar through the manager's signal.
-    connect(m_network, &CZedaNetworkScreen::contextSensitiveSk, this, &CTavoLayoutMgr::contextSensitiveSk);
     connect(this, &CTavoLayoutMgr::contextSensitiveSk, this,
             [this](const QString& url, const QString& data, int value) {
                 m_ctxRequests.insert(url, qMakePair(data, value));
             });
     connect(this, &CTavoLayoutMgr::contextSensitiveSk, m_softkeys, &CTavoSoftkey::onCtxSensitiveSkReq);
-    connect(m_softkeys, &CTavoLayoutWidget::layoutWidgetSignal, m_network, &CZedaNetworkScreen::onSoftkey);
 
+    // The other screens are built when first shown (buildScreen): not in the way
+    // of the first frame, and a screen never opened costs nothing.
+    addLazyScreen(QStringLiteral("Home:Settings"), QStringLiteral("network"));
     // The Account screen has no tile: the demo shows it by name.
-    auto* account = new CZedaAccountScreen(this);
-    attributes.clear();
-    style = itemStyle(skin, "account", &attributes);
-    if (!style.isEmpty())
-        account->applySkin(style, attributes);
-    addScreen(QStringLiteral("Demo:Account"), account);
-    connect(account, &CZedaAccountScreen::contextSensitiveSk, this, &CTavoLayoutMgr::contextSensitiveSk);
-    connect(m_softkeys, &CTavoLayoutWidget::layoutWidgetSignal, account, &CZedaAccountScreen::onSoftkey);
-
-    initSupervision(skin);
-    auto* calls = new CZedaCallHistoryScreen(this);
-    attributes.clear();
-    style = itemStyle(skin, "call-history", &attributes);
-    if (!style.isEmpty())
-        calls->applySkin(style, attributes);
-    addScreen(QStringLiteral("Home:CallHistory"), calls);
-    auto* contacts = new CZedaContactsScreen(this);
-    attributes.clear();
-    style = itemStyle(skin, "contacts", &attributes);
-    if (!style.isEmpty())
-        contacts->applySkin(style, attributes);
-    addScreen(QStringLiteral("Home:Contacts"), contacts);
+    addLazyScreen(QStringLiteral("Demo:Account"), QStringLiteral("account"));
+    initSupervision();
+    addLazyScreen(QStringLiteral("Home:CallHistory"), QStringLiteral("call-history"));
+    addLazyScreen(QStringLiteral("Home:Contacts"), QStringLiteral("contacts"));
 
     refreshClock();
     refreshPhoneState();
@@ -213,30 +192,102 @@ void CZedaGui::initWidgets()
     setUseBootingBackground(true);
 }
 
-void CZedaGui::initSupervision(CTavoStyleSheetFile* skin)
+void CZedaGui::initSupervision()
 {
-    auto* meeting = new CZedaMeetingScreen(this);
-    QString attributes;
-    const QString style = itemStyle(skin, "meeting", &attributes);
-    if (!style.isEmpty())
-        meeting->applySkin(style, attributes);
-    addScreen(QStringLiteral("Home:Meeting"), meeting);
-
+    addLazyScreen(QStringLiteral("Home:Meeting"), QStringLiteral("meeting"));
     // The children of the "AutoStart" list start with the GUI. While the
     // meeting details show, the core hears of every change of their state.
     m_supervisor = new CZedaSupervisor(this, configFile());
-    meeting->setSupervisor(m_supervisor);
-    connect(m_supervisor, &CZedaSupervisor::childStateChanged, meeting,
-            [meeting](const QString& name, const QString& state, int run, const QString&) {
-                if (!meeting->isVisible())
-                    return;
-                const CTavoEvent event(CTavoEvent::NoEvent, QStringLiteral("Demo:Child"),
-                                       QStringLiteral("name=%1;state=%2;run=%3").arg(name, state).arg(run));
-                tavoToolSendAppMsg(event.serialize().toUtf8().constData(), GuiAppsTavoapp, GuiAppsMsgTxml, false);
+    // The meeting screen, built later, starts from the last state reported.
+    connect(m_supervisor, &CZedaSupervisor::childStateChanged, this,
+            [this](const QString& name, const QString& state, int run, const QString& detail) {
+                m_lastChildState = QStringList{name, state, QString::number(run), detail};
             });
     // Once the boot screen is up: starting a child blocks until it runs.
     connect(this, &CZedaGui::firstFramePainted, m_supervisor, [this] { m_supervisor->onStartRequested(true); },
             Qt::QueuedConnection);
+}
+
+void CZedaGui::addLazyScreen(const QString& openUrl, const QString& name)
+{
+    m_screenOrder.append(openUrl);
+    m_screenNames.insert(openUrl, name);
+    m_screens.insert(openUrl, nullptr);
+}
+
+CTavoLayoutWidget* CZedaGui::buildScreen(const QString& openUrl)
+{
+    if (CTavoLayoutWidget* built = m_screens.value(openUrl))
+        return built;
+    const int index = m_screenOrder.indexOf(openUrl);
+    if (index < 0)
+        return nullptr;
+    CTavoStyleSheetFile* skin = styleSheetFile();
+    QString attributes;
+    CTavoLayoutWidget* screen = nullptr;
+    const QString name = m_screenNames.value(openUrl);
+    if (name == QLatin1String("network")) {
+        m_network = new CZedaNetworkScreen(this);
+        const QString style = itemStyle(skin, "network", &attributes);
+        if (!style.isEmpty())
+            m_network->applySkin(style, attributes);
+        connect(m_network, &CZedaNetworkScreen::contextSensitiveSk, this, &CTavoLayoutMgr::contextSensitiveSk);
+        connect(m_softkeys, &CTavoLayoutWidget::layoutWidgetSignal, m_network, &CZedaNetworkScreen::onSoftkey);
+        screen = m_network;
+    } else if (name == QLatin1String("account")) {
+        auto* account = new CZedaAccountScreen(this);
+        const QString style = itemStyle(skin, "account", &attributes);
+        if (!style.isEmpty())
+            account->applySkin(style, attributes);
+        connect(account, &CZedaAccountScreen::contextSensitiveSk, this, &CTavoLayoutMgr::contextSensitiveSk);
+        connect(m_softkeys, &CTavoLayoutWidget::layoutWidgetSignal, account, &CZedaAccountScreen::onSoftkey);
+        screen = account;
+    } else if (name == QLatin1String("meeting")) {
+        auto* meeting = new CZedaMeetingScreen(this);
+        const QString style = itemStyle(skin, "meeting", &attributes);
+        if (!style.isEmpty())
+            meeting->applySkin(style, attributes);
+        meeting->setSupervisor(m_supervisor);
+        if (!m_lastChildState.isEmpty())
+            meeting->setChildState(m_lastChildState.at(0), m_lastChildState.at(1), m_lastChildState.at(2).toInt(),
+                                   m_lastChildState.at(3));
+        connect(m_supervisor, &CZedaSupervisor::childStateChanged, meeting,
+                [meeting](const QString& name, const QString& state, int run, const QString&) {
+                    if (!meeting->isVisible())
+                        return;
+                    const CTavoEvent event(CTavoEvent::NoEvent, QStringLiteral("Demo:Child"),
+                                           QStringLiteral("name=%1;state=%2;run=%3").arg(name, state).arg(run));
+                    tavoToolSendAppMsg(event.serialize().toUtf8().constData(), GuiAppsTavoapp, GuiAppsMsgTxml, false);
+                });
+        screen = meeting;
+    } else if (name == QLatin1String("call-history")) {
+        auto* calls = new CZedaCallHistoryScreen(this);
+        const QString style = itemStyle(skin, "call-history", &attributes);
+        if (!style.isEmpty())
+            calls->applySkin(style, attributes);
+        screen = calls;
+    } else if (name == QLatin1String("contacts")) {
+        auto* contacts = new CZedaContactsScreen(this);
+        const QString style = itemStyle(skin, "contacts", &attributes);
+        if (!style.isEmpty())
+            contacts->applySkin(style, attributes);
+        screen = contacts;
+    }
+    if (!screen)
+        return nullptr;
+    m_screens.insert(openUrl, screen);
+    // The key it has in the registry, and its place among the other screens,
+    // are those of the order they were declared in.
+    m_childWidgets.insert(HomeScreen + SoftkeyBar + index + 1, screen);
+    for (int later = index + 1; later < m_screenOrder.size(); ++later) {
+        if (CTavoLayoutWidget* above = m_screens.value(m_screenOrder.at(later))) {
+            screen->stackUnder(above);
+            break;
+        }
+    }
+    screen->hide();
+    guiLog(2, "zedagui: screen %s built", qPrintable(name));
+    return screen;
 }
 
 void CZedaGui::leaveBootScreen()
@@ -289,8 +340,9 @@ void CZedaGui::refreshContactCount()
 
 void CZedaGui::addScreen(const QString& openUrl, CTavoLayoutWidget* screen)
 {
+    m_screenOrder.append(openUrl);
     m_screens.insert(openUrl, screen);
-    m_childWidgets.insert(HomeScreen + SoftkeyBar + m_screens.size(), screen);
+    m_childWidgets.insert(HomeScreen + SoftkeyBar + m_screenOrder.size(), screen);
     screen->hide();
 }
 
@@ -300,9 +352,11 @@ bool CZedaGui::showScreen(const QString& name)
         switchTo(m_home);
         return true;
     }
-    for (CTavoLayoutWidget* screen : qAsConst(m_screens)) {
-        if (screen->objectName() == name) {
-            switchTo(screen);
+    for (const QString& url : qAsConst(m_screenOrder)) {
+        CTavoLayoutWidget* screen = m_screens.value(url);
+        if (screen ? screen->objectName() == name : m_screenNames.value(url) == name) {
+            if (m_booted)
+                switchTo(buildScreen(url));
             return true;
         }
     }
@@ -312,7 +366,7 @@ bool CZedaGui::showScreen(const QString& name)
 
 void CZedaGui::switchTo(CTavoLayoutWidget* screen)
 {
-    if (!m_booted || screen == m_current)
+    if (!m_booted || !screen || screen == m_current)
         return;
     if (m_current)
         m_current->Hide(false);
@@ -330,8 +384,10 @@ void CZedaGui::onWidgetEvent(QString url, QString data, int type)
     if (url.isEmpty() || url == QLatin1String("button-cancelled"))
         return;
     // Opening a screen is the GUI's own business; the core still hears of the press.
-    if (CTavoLayoutWidget* screen = m_screens.value(url))
-        switchTo(screen);
+    if (m_screens.contains(url)) {
+        if (m_booted)
+            switchTo(buildScreen(url));
+    }
     else if (url == QLatin1String("SoftKey:Back"))
         switchTo(m_home);
     // The softkey that owns the flyout opens and closes it; another key that comes

@@ -28,8 +28,8 @@
 // <Event uri="Demo:Child">name=NAME;state=running|stopped|failed;run=N</Event>.
 //
 // Screens: the home screen and the softkey bar are always there; every other
-// screen registers with addScreen() under the URL of the button that opens it
-// ("Home:CallHistory"), and "SoftKey:Back" returns home. A flyout document of
+// screen registers under the URL of the button that opens it ("Home:CallHistory")
+// and is built when it is first shown; "SoftKey:Back" returns home. A flyout document of
 // the core fills the softkey flyout (CZedaMenuFlyout), which the softkey at the
 // document's "keyIndex" opens; the configuration pairs "systemName" and
 // "systemNumber" name the phone on its banner. The softkey bar (CTavoSoftkey)
@@ -38,6 +38,7 @@
 #include <QPair>
 #include <QPoint>
 #include <QString>
+#include <QStringList>
 #include <QTimer>
 
 #include "layout/CTavoLayoutMgr.h"
@@ -115,7 +116,10 @@ private:
     void leaveBootScreen();
     void refreshClock();
     void refreshPhoneState();
-    void initSupervision(CTavoStyleSheetFile* skin);
+    void initSupervision();
+    // A screen opened by openUrl and named name, built by buildScreen when first shown.
+    void addLazyScreen(const QString& openUrl, const QString& name);
+    CTavoLayoutWidget* buildScreen(const QString& openUrl);
     // The home screen counts the rows of the directory's "contacts" table.
     void watchContacts();
     void refreshContactCount();
@@ -140,7 +144,10 @@ private:
     QString m_systemNumber;
     CZedaNetworkScreen* m_network = nullptr;
     CTavoLayoutWidget* m_current = nullptr;
-    QHash<QString, CTavoLayoutWidget*> m_screens;  // by the URL that opens them
+    QHash<QString, CTavoLayoutWidget*> m_screens;  // by the URL that opens them; null until built
+    QStringList m_screenOrder;                     // those URLs in the order the screens were added
+    QHash<QString, QString> m_screenNames;         // the object names of the screens not built yet
+    QStringList m_lastChildState;                  // name, state, run, detail
     QTimer m_clockTimer;
     CTavoDbTable* m_contacts = nullptr;
     int m_contactCount = -1;

@@ -21,6 +21,10 @@ CZedaNetworkScreen::CZedaNetworkScreen(QWidget* parent)
     : CTavoLayoutWidget(parent)
 {
     setObjectName(QStringLiteral("network"));
+    // Built when first shown, while the window is active: the fields' set() would
+    // take the focus from the screen on show now. Disabled, they only describe
+    // themselves; each claims the focus when this screen shows.
+    setEnabled(false);
     m_statusBar = new CTavoWidget(this, 2);
     m_statusBar->setObjectName(QStringLiteral("status-bar"));
     m_title = new CTavoLabelWidget(this);
@@ -46,6 +50,7 @@ CZedaNetworkScreen::CZedaNetworkScreen(QWidget* parent)
     });
     describeFields();
     retranslateUi();
+    setEnabled(true);
 }
 
 void CZedaNetworkScreen::describeFields()
