@@ -393,6 +393,9 @@ void CZedaGui::handleTXmlMsg(QByteArray& data, GuiAppsT source, GuiAppsMsgTypeT 
                 m_systemNumber = QString::fromUtf8(root.value("systemNumber"));
             if (*root.value("voicemail"))
                 m_softkeys->setNumVoicemailMessages(QByteArray(root.value("voicemail")).toInt());
+            // The bar's permanent keys follow the lock: it lays itself out again.
+            if (*root.value("locked"))
+                m_softkeys->setIsPhoneLocked(QByteArray(root.value("locked")) == "1");
             leaveBootScreen();
             refreshClock();
         } else if (uriType == TxmlUriAppStatus) {
@@ -487,6 +490,11 @@ bool CZedaGui::handleDemoDocument(const CTXMLRoot& root)
         emit documentHandled(step);
     } else if (std::strcmp(uri, "Demo:Kill") == 0) {
         m_supervisor->kill(QString::fromUtf8(root.value("app")));
+    } else if (std::strcmp(uri, "Demo:SoftkeyLook") == 0) {
+        // A look of the bar's own block ("CTavoSoftkey:menu" holds the skin's
+        // permanent keys); the keys of the same document follow.
+        m_softkeys->setPseudoState(QString::fromUtf8(root.value("look")));
+        return false;
     } else {
         // "Demo:Step" and the like only name what the rest of the document shows.
         return false;

@@ -204,7 +204,7 @@ private slots:
         const QRegularExpressionMatch m = frame.match(m_guiOut);
         QVERIFY2(m.hasMatch(), qPrintable(m_guiOut));
         QVERIFY(m.captured(1).toInt() > 0);
-        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 116 screenshots"));
+        QVERIFY(m_guiOut.contains("zedagui: scenario ended, 130 screenshots"));
         QVERIFY(m_coreOut.contains("SCENARIO done"));
         QVERIFY(!m_coreOut.contains("SCENARIO timeout"));
         // A clean start finds every font the manager loads.
@@ -248,8 +248,9 @@ private slots:
         // three results, the supervised child its two changes of state, the call
         // history its tile and Back, the Account screen its three Script presses
         // and Back, the softkey bar its page turned by More and its own flyout's
-        // report and closing.
-        QCOMPARE(m_coreOut.count("EVENT zedagui"), 29);
+        // report and closing, the Menu key's flyout its two reports and closings,
+        // and the right-hand shared key its report and closing.
+        QCOMPARE(m_coreOut.count("EVENT zedagui"), 35);
     }
 
     void theHomeScreenCountsTheDirectorysContacts()
@@ -267,7 +268,7 @@ private slots:
     void everyScreenshotIsARealScreen()
     {
         const QStringList names = QDir(m_dir.filePath("shots")).entryList({"*.png"}, QDir::Files, QDir::Name);
-        QCOMPARE(names.size(), 116);
+        QCOMPARE(names.size(), 130);
         for (const QString& file : names) {
             const QImage image = shot(file.chopped(4));
             QCOMPARE(image.size(), QSize(800, 480));
@@ -584,13 +585,13 @@ private slots:
         };
         QStringList events;
         for (const QString& line : m_coreOut.split('\n')) {
-            // The softkey bar's own flyout (key 1) reports too, later in the scenario.
+            // The softkey bar's own flyouts (keys 1, 0 and 3) report too, later in the scenario.
             if (line.startsWith("EVENT zedagui") && (line.contains("Gui:Event") || line.contains("softkey:7")
                                                      || line.contains("softkey:542-Menu"))
                 && !line.contains("keyIndex%3D1"))
                 events << line;
         }
-        QCOMPARE(events.size(), expected.size());
+        QCOMPARE(events.size(), expected.size() + 6);
         for (int i = 0; i < expected.size(); ++i)
             QVERIFY2(events.at(i).contains(expected.at(i)), qPrintable(events.at(i)));
 
@@ -863,6 +864,39 @@ private slots:
         const QRect again = diffBox(step("softkeys-bar-home"), step("softkeys-home-again"), statusStrip);
         QVERIFY2(again.isEmpty() || row.contains(again),
                  qPrintable(QString("%1,%2 %3x%4").arg(again.x()).arg(again.y()).arg(again.width()).arg(again.height())));
+    }
+
+    // The skin's permanent keys as the Menu key's flyout, fewer on a locked
+    // phone; a shared right-hand key's flyout opening to the key's left.
+    void menuFollowsTheLockAndRightHandFlyoutsOpenLeft()
+    {
+        const QRect statusStrip(0, 0, 800, 40);
+        auto box = [](const QRect& r) {
+            return QString("%1,%2 %3x%4").arg(r.x()).arg(r.y()).arg(r.width()).arg(r.height());
+        };
+        // Place 1 folds the permanent keys and "Menu complet" into one key "Menu";
+        // the core hears the entries of each opening: the calendar is off, and a
+        // locked phone keeps only the call and the emergency key.
+        QVERIFY(m_guiLog.contains("zedagui: 4 softkeys: Menu | Annuaire | Messagerie | Renvoi"));
+        const int open = m_coreOut.indexOf("data=labels%3DPlace a call%3BDirectory%3BRecent calls%3BVoicemail%3BSettings"
+                                           "%3BBluetooth%3BEmergency%3BMenu complet%3BkeyIndex%3D0<");
+        QVERIFY2(open > 0, qPrintable(m_coreOut.right(3000)));
+        QVERIFY(m_coreOut.indexOf("data=labels%3DPlace a call%3BEmergency%3BMenu complet%3BkeyIndex%3D0<", open) > open);
+        const QRect unlocked = diffBox(step("menu-permanent"), step("menu-unlocked-flyout"), statusStrip);
+        const QRect locked = diffBox(step("menu-locked"), step("menu-locked-flyout"), statusStrip);
+        // Both stand above the first key, their left edge on its own; the locked
+        // phone's list is shorter (three entries), the unlocked one fills the flyout.
+        QVERIFY2(unlocked.left() <= 8 && unlocked.right() < 400 && unlocked.top() < 220, qPrintable(box(unlocked)));
+        QVERIFY2(locked.left() <= 8 && locked.right() < 400 && locked.top() > unlocked.top() + 10, qPrintable(box(locked)));
+        // The lock changed nothing on the screen until the key was pressed.
+        const QRect lockedRow = diffBox(step("menu-unlocked"), step("menu-locked"), statusStrip);
+        QVERIFY2(lockedRow.isEmpty() || QRect(0, 416, 800, 64).contains(lockedRow), qPrintable(box(lockedRow)));
+
+        // The shared key on the right: its flyout ends on the key's right edge
+        // and reaches far left of the key (which starts at x 594).
+        const QRect right = diffBox(step("softkeys-shared-right"), step("softkeys-shared-right-flyout"), statusStrip);
+        QVERIFY2(right.left() < 560 && right.right() >= 780 && right.right() <= 799 && right.top() < 300, qPrintable(box(right)));
+        QVERIFY(m_guiLog.contains("zedagui: 4 softkeys: Appeler | Annuaire | Messagerie | Transfert"));
     }
 };
 

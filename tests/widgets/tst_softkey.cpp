@@ -184,6 +184,39 @@ private slots:
         QVERIFY(permanent.bar->button(1)->isVisible());
     }
 
+    // The skin's permanent keys share place 0 with the document's key there and
+    // open as one flyout under that key's group label; the rules of the phone's
+    // state decide the entries each time it opens.
+    void permanentKeysBecomeOneFlyoutThatFollowsTheLock()
+    {
+        Host host("render-more-as-flyout: true;"
+                  " permanent-softkeys: Place a call=Action::PlaceaCall,Directory=directory,Emergency=softkey:911-Emergency;");
+        host.deliver(keys({key("Full menu", "softkey:542-Menu", 0, "group=\"Menu\""), key("Hold", "softkey:9-Hold", 1),
+                           key("Park", "softkey:10-Park", 2)}));
+        QCOMPARE(row(host.bar).mid(0, 4), QStringList({"Menu", "Hold", "Park", "-"}));
+        auto entries = [&host] {
+            QStringList labels;
+            for (int i = 0; i < host.flyout->cluster().count(); ++i)
+                labels << QString::fromUtf8(host.flyout->cluster()[i].label);
+            return labels;
+        };
+        click(host.bar->button(0));
+        QVERIFY(host.flyout->isOpen());
+        QCOMPARE(entries(), QStringList({"Place a call", "Directory", "Emergency", "Full menu"}));
+        click(host.bar->button(0));
+        QVERIFY(!host.flyout->isOpen());
+
+        host.bar->setIsPhoneLocked(true);
+        QCOMPARE(row(host.bar).mid(0, 4), QStringList({"Menu", "Hold", "Park", "-"}));
+        click(host.bar->button(0));
+        QVERIFY(host.flyout->isOpen());
+        QCOMPARE(entries(), QStringList({"Place a call", "Emergency", "Full menu"}));
+        click(host.bar->button(0));
+        host.bar->setIsPhoneLocked(false);
+        click(host.bar->button(0));
+        QCOMPARE(entries(), QStringList({"Place a call", "Directory", "Emergency", "Full menu"}));
+    }
+
     void keysOnOnePlaceOpenAFlyoutAboveTheKey()
     {
         Host host("");
