@@ -12,7 +12,6 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QProcess>
-#include <QRegularExpression>
 #include <QSqlDatabase>
 #include <QSqlTableModel>
 #include <QTemporaryDir>
@@ -25,9 +24,7 @@
 #include <sqlite3.h>
 #include <vector>
 
-#include "core/CTavoCoreCommunicator.h"
-#include "core/TavoGlobals.h"
-#include "data/CTavoDb.h"
+#include "BenchLibrary.h"
 
 namespace {
 qint64 nowNs()
@@ -96,58 +93,6 @@ bool makeDatabase(const QString& path, int rows)
     return ok;
 }
 
-// A program beside this one, its standard output collected.
-struct Child {
-    QProcess process;
-    QString out;
-    bool waitFor(const QString& text, int ms)
-    {
-        QElapsedTimer t;
-        t.start();
-        while (!out.contains(text) && t.elapsed() < ms) {
-            process.waitForReadyRead(50);
-            out += QString::fromUtf8(process.readAllStandardOutput());
-        }
-        return out.contains(text);
-    }
-    ~Child()
-    {
-        process.terminate();
-        if (!process.waitForFinished(5000))
-            process.kill();
-        process.waitForFinished(2000);
-    }
-};
-
-// The GUI side: a link to the core named like a GUI process, and its CTavoDb.
-struct Gui {
-    CTavoCoreCommunicator* com;
-    CTavoDb db;
-    explicit Gui(quint16 port, const char* name) : com(new CTavoCoreCommunicator("127.0.0.1", port, name, false))
-    {
-        QObject::connect(&db, &CTavoDb::tjdbRequest, [this](const QString& text) {
-            com->send(text.toUtf8().constData(), GuiAppsDbs, GuiAppsMsgDb);
-        });
-        QObject::connect(com, &CTavoCoreCommunicator::messageReceived, &db,
-                         [this](QByteArray data, GuiAppsT, GuiAppsMsgTypeT type) {
-                             if (type == GuiAppsMsgDb) {
-                                 db.tjdbResponse(QString::fromUtf8(data));
-                                 return;
-                             }
-                             static const QRegularExpression mask("<AppStatus mask=\"(\\d+)\"");
-                             const QRegularExpressionMatch m = mask.match(QString::fromUtf8(data));
-                             if (m.hasMatch())
-                                 db.setConnected(m.captured(1).toInt() & GuiAppsDbs);
-                         },
-                         Qt::QueuedConnection);
-    }
-    ~Gui()
-    {
-        com->shutDown();
-        delete com;
-    }
-};
-
 // Time from start() until the table, emptied by the synchronisation that
 // start() asks for, holds `rows` rows again; in ms, -1 on a time-out.
 template <typename Start>
@@ -169,13 +114,6 @@ double timeToRows(CTavoDbTable** table, int rows, Start start)
     }
     QObject::disconnect(c);
     return done ? (done - t0) / 1e6 : -1;
-}
-
-// The link's own log lines (one per batch) would only slow the figures down.
-void quietDebug(QtMsgType type, const QMessageLogContext&, const QString& text)
-{
-    if (type != QtDebugMsg)
-        std::fprintf(stderr, "%s\n", qPrintable(text));
 }
 
 // Latency from an INSERT by the writer to the rowsInserted that completes the copy.
@@ -213,13 +151,12 @@ int main(int argc, char** argv)
     if (argc == 3 && std::strcmp(argv[1], "--writer") == 0)
         return writer(argv[2]);
     QCoreApplication app(argc, argv);
-    qInstallMessageHandler(quietDebug);
+    qInstallMessageHandler(benchQuietDebug);
     // Waits block in the event loop; this wakes them to look at their clocks.
     QTimer heartbeat;
     heartbeat.start(50);
     const int rows = argc > 1 ? std::max(100, std::atoi(argv[1])) : 10000;
     const int batch = argc > 2 ? std::max(1, std::atoi(argv[2])) : 100;
-    const QString bin = QCoreApplication::applicationDirPath();
     QTemporaryDir dir;
     const QString path = dir.filePath("bench.db");
     if (!makeDatabase(path, rows)) {
@@ -227,31 +164,15 @@ int main(int argc, char** argv)
         return 1;
     }
 
-    Child core;
-    core.process.start(bin + "/tgui-core", {"--port", "0", "--listen", "127.0.0.1"});
-    if (!core.waitFor("LISTENING ", 10000)) {
-        std::fprintf(stderr, "bench_dbtable: tgui-core did not start from %s\n", qPrintable(bin));
+    BenchPeers peers;
+    if (!peers.start("bench_dbtable", path, {"--poll-interval", "2", "--batch-size", QString::number(batch)}))
         return 1;
-    }
-    const quint16 port = quint16(core.out.mid(core.out.indexOf("LISTENING ") + 10).section('\n', 0, 0).toUInt());
-    Child dbs;
-    dbs.process.setProcessChannelMode(QProcess::ForwardedOutputChannel);
-    dbs.process.setStandardErrorFile(QProcess::nullDevice());
-    dbs.process.start(bin + "/tgui-dbs", {"--port", QString::number(port), "--poll-interval", "2", "--batch-size",
-                                          QString::number(batch), path});
-    if (!core.waitFor("REGISTER dbs", 10000)) {
-        std::fprintf(stderr, "bench_dbtable: tgui-dbs did not register\n");
-        return 1;
-    }
+    const quint16 port = peers.port;
     std::printf("bench_dbtable: %d rows of 4 columns, tgui-dbs --batch-size %d --poll-interval 2\n", rows, batch);
 
     std::vector<double> subscribe, resync, sqlModel, otherBig, otherSmall, own;
     {
-        Gui gui(port, "zedagui");
-        QElapsedTimer guard;
-        guard.start();
-        while (!gui.db.isConnected() && guard.elapsed() < 10000)
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        BenchGui gui(port, "zedagui");
         CTavoDbTable* contacts = nullptr;
         subscribe.push_back(timeToRows(&contacts, rows, [&] { contacts = gui.db.subscribeToTable("contacts"); }));
         for (int i = 0; i < 9; ++i)
@@ -268,11 +189,7 @@ int main(int argc, char** argv)
     }
     {
         // A GUI of its own: the first one's subscriptions left with it.
-        Gui gui(port, "browser");
-        QElapsedTimer guard;
-        guard.start();
-        while (!gui.db.isConnected() && guard.elapsed() < 10000)
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        BenchGui gui(port, "browser");
         CTavoDbTable* calls = nullptr;
         timeToRows(&calls, 100, [&] { calls = gui.db.subscribeToTable("calls"); });
         QProcess writerProcess;

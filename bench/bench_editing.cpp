@@ -34,49 +34,16 @@ const int kWarm = 50;
 const int kRounds = 2000;
 const int kLimit = 512;
 
-#ifdef BENCH_NO_MALLOC_HOOKS
-const bool kCounted = false;
-#else
-const bool kCounted = true;
-#endif
-
-struct Figure
-{
-    double micros = 0;
-    double allocations = 0;
-};
+using Figure = BenchStep;
 
 Figure measure(const std::function<void()>& step, const std::function<void()>& undo)
 {
-    for (int i = 0; i < kWarm; ++i) {
-        step();
-        undo();
-    }
-    qint64 nanos = 0;
-    long long allocations = 0;
-    QElapsedTimer timer;
-    for (int i = 0; i < kRounds; ++i) {
-        const long long before = g_allocations.load();
-        timer.start();
-        step();
-        nanos += timer.nsecsElapsed();
-        allocations += g_allocations.load() - before;
-        undo();
-    }
-    return {nanos / 1000.0 / kRounds, double(allocations) / kRounds};
-}
-
-void key(QWidget* w, Qt::Key k, const QString& text, Qt::KeyboardModifiers modifiers)
-{
-    QKeyEvent down(QEvent::KeyPress, k, modifiers, text);
-    QApplication::sendEvent(w, &down);
-    QKeyEvent up(QEvent::KeyRelease, k, modifiers, text);
-    QApplication::sendEvent(w, &up);
+    return benchSteps(kWarm, kRounds, step, undo);
 }
 
 void row(const char* what, const Figure& ours, const Figure& theirs)
 {
-    if (kCounted)
+    if (kBenchCounted)
         std::printf("%-34s %9.1f %8.1f   %9.1f %8.1f\n", what, ours.micros, ours.allocations, theirs.micros,
                     theirs.allocations);
     else
@@ -183,8 +150,8 @@ int main(int argc, char** argv)
             field->setCursorPosition(m.prefill.size());
         };
         resetOurs();
-        const Figure ours = measure([&] { key(field, m.key, m.text, m.modifiers); }, resetOurs);
-        key(field, m.key, m.text, m.modifiers);
+        const Figure ours = measure([&] { benchKey(field, m.key, m.text, m.modifiers); }, resetOurs);
+        benchKey(field, m.key, m.text, m.modifiers);
         const QString after = field->text();
         sane = sane && field->text().toUtf8().size() <= m.limit;
 
@@ -200,7 +167,7 @@ int main(int argc, char** argv)
             plain->setCursorPosition(m.prefill.size());
         };
         resetTheirs();
-        const Figure theirs = measure([&] { key(plain, m.key, m.text, m.modifiers); }, resetTheirs);
+        const Figure theirs = measure([&] { benchKey(plain, m.key, m.text, m.modifiers); }, resetTheirs);
         plain->setValidator(nullptr);
         row(m.name, ours, theirs);
         std::printf("%-34s -> %d bytes: \"%s\"\n", "", after.toUtf8().size(),

@@ -10,16 +10,15 @@
 // the sanitizer owns malloc; the counts are then reported as unavailable.
 #include <QAction>
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QMenu>
 #include <QWidget>
 
 #include <cstdio>
 
+#include "BenchLibrary.h"
 #include "BenchSupport.h"
 
 #include "CTXMLFlyoutCluster.h"
-#include "style/CTavoStyleSheetFile.h"
 #include "widgets/CTavoFlyoutCluster.h"
 
 namespace {
@@ -50,34 +49,16 @@ CTXMLFlyoutCluster content(const char* word)
     return cluster;
 }
 
-struct Figure
-{
-    double usPerCall = 0;
-    double allocationsPerCall = 0;
-};
-
+// One call first: caches and first-time set-up stay out of the figure.
 template <typename Call>
-Figure measure(int calls, Call call)
+BenchPerCall measure(int calls, Call call)
 {
-    call(0);  // caches and first-time set-up stay out of the figure
-    const long long before = g_allocations.load();
-    QElapsedTimer timer;
-    timer.start();
-    for (int i = 1; i <= calls; ++i)
-        call(i);
-    Figure f;
-    f.usPerCall = double(timer.nsecsElapsed()) / 1000.0 / calls;
-    f.allocationsPerCall = double(g_allocations.load() - before) / calls;
-    return f;
+    return benchPerCall(1, 1, calls, call);
 }
 
-void print(const char* what, const Figure& f)
+void print(const char* what, const BenchPerCall& f)
 {
-#ifdef BENCH_NO_MALLOC_HOOKS
-    std::printf("  %-44s %10.2f us   allocations n/a\n", what, f.usPerCall);
-#else
-    std::printf("  %-44s %10.2f us   %8.1f allocations\n", what, f.usPerCall, f.allocationsPerCall);
-#endif
+    benchPrintPerCall(44, what, f);
 }
 
 }  // namespace
@@ -91,16 +72,8 @@ int main(int argc, char** argv)
     screen.show();
 
     CTavoFlyoutCluster flyout(&screen);
-    CTavoStyleSheetFile skin;
-    QString style;
     QString attributes;
-    if (skin.parse(QStringLiteral("Skins/default/default.xml")) == 0 && skin.get(QStringLiteral("flyout"))) {
-        style = skin.getStyle(QStringLiteral("flyout"));
-        attributes = skin.getAttributes(QStringLiteral("flyout"));
-    } else {
-        std::printf("(sample skin not found: run from the run folder; using a built-in style)\n");
-        style = QString::fromLatin1(kFallbackStyle);
-    }
+    QString style = benchSkinStyle(QStringLiteral("flyout"), kFallbackStyle, &attributes);
     flyout.updateStyle(style, attributes, true);
 
     CTXMLFlyoutCluster first = content("Alpha");
@@ -108,11 +81,11 @@ int main(int argc, char** argv)
     CTXMLFlyoutCluster copy = first;
 
     std::printf("Flyout of %d entries (4 dividers), per call:\n", kItems);
-    const Figure same = measure(20000, [&](int) { flyout.init(&copy); });
+    const BenchPerCall same = measure(20000, [&](int) { flyout.init(&copy); });
     print("init, content equal to the shown one", same);
-    const Figure changed = measure(400, [&](int i) { flyout.init(i % 2 ? &second : &first); });
+    const BenchPerCall changed = measure(400, [&](int i) { flyout.init(i % 2 ? &second : &first); });
     print("init, other content each time", changed);
-    const Figure openClose = measure(400, [&](int) {
+    const BenchPerCall openClose = measure(400, [&](int) {
         flyout.flyOut();
         flyout.flyIn(false, CTavoFlyoutCluster::FlyinByOwner);
     });
@@ -126,12 +99,12 @@ int main(int argc, char** argv)
             menu.addAction(QStringLiteral("Alpha %1").arg(i));
     }
     std::printf("QMenu of %d actions, per call:\n", kItems);
-    const Figure menuShowHide = measure(400, [&](int) {
+    const BenchPerCall menuShowHide = measure(400, [&](int) {
         menu.popup(QPoint(400, 60));
         menu.hide();
     });
     print("popup + hide", menuShowHide);
-    const Figure menuRebuild = measure(400, [&](int i) {
+    const BenchPerCall menuRebuild = measure(400, [&](int i) {
         menu.clear();
         for (int n = 0; n < kItems; ++n) {
             if (n % 5 == 4)

@@ -29,40 +29,12 @@ const int kRounds = 2000;
 const int kPrefill = 400;
 const int kLimit = 512;
 
-struct Figure
-{
-    double micros = 0;
-    double allocations = 0;
-};
+// Each round starts from the same text: undo runs outside the counted window.
+using Figure = BenchStep;
 
-// Runs step kRounds times after kWarm, then undo once per round outside the
-// counted window, so that every round starts from the same text.
 Figure measure(const std::function<void()>& step, const std::function<void()>& undo)
 {
-    for (int i = 0; i < kWarm; ++i) {
-        step();
-        undo();
-    }
-    qint64 nanos = 0;
-    long long allocations = 0;
-    QElapsedTimer timer;
-    for (int i = 0; i < kRounds; ++i) {
-        const long long before = g_allocations.load();
-        timer.start();
-        step();
-        nanos += timer.nsecsElapsed();
-        allocations += g_allocations.load() - before;
-        undo();
-    }
-    return {nanos / 1000.0 / kRounds, double(allocations) / kRounds};
-}
-
-void press(QWidget* w, Qt::Key key, const QString& text)
-{
-    QKeyEvent down(QEvent::KeyPress, key, Qt::NoModifier, text);
-    QApplication::sendEvent(w, &down);
-    QKeyEvent up(QEvent::KeyRelease, key, Qt::NoModifier, text);
-    QApplication::sendEvent(w, &up);
+    return benchSteps(kWarm, kRounds, step, undo);
 }
 
 void print(const char* what, const Figure& ours, const Figure& theirs, bool counted)
@@ -120,10 +92,10 @@ int main(int argc, char** argv)
 
     // Ours first, with its window active and the field focused.
     field->end(false);
-    const Figure insertOurs = measure([&] { press(field, Qt::Key_A, QStringLiteral("a")); paintOurs(); },
-                                      [&] { press(field, Qt::Key_Backspace, QString()); });
-    const Figure backOurs = measure([&] { press(field, Qt::Key_Backspace, QString()); paintOurs(); },
-                                    [&] { press(field, Qt::Key_X, QStringLiteral("x")); });
+    const Figure insertOurs = measure([&] { benchKey(field, Qt::Key_A, QStringLiteral("a")); paintOurs(); },
+                                      [&] { benchKey(field, Qt::Key_Backspace, QString()); });
+    const Figure backOurs = measure([&] { benchKey(field, Qt::Key_Backspace, QString()); paintOurs(); },
+                                    [&] { benchKey(field, Qt::Key_X, QStringLiteral("x")); });
     bool lower = false;
     const Figure modeOurs = measure(
         [&] {
@@ -140,10 +112,10 @@ int main(int argc, char** argv)
     plain->setFocus(Qt::TabFocusReason);
     QApplication::processEvents();
     plain->end(false);
-    const Figure insertTheirs = measure([&] { press(plain, Qt::Key_A, QStringLiteral("a")); paintTheirs(); },
-                                        [&] { press(plain, Qt::Key_Backspace, QString()); });
-    const Figure backTheirs = measure([&] { press(plain, Qt::Key_Backspace, QString()); paintTheirs(); },
-                                      [&] { press(plain, Qt::Key_X, QStringLiteral("x")); });
+    const Figure insertTheirs = measure([&] { benchKey(plain, Qt::Key_A, QStringLiteral("a")); paintTheirs(); },
+                                        [&] { benchKey(plain, Qt::Key_Backspace, QString()); });
+    const Figure backTheirs = measure([&] { benchKey(plain, Qt::Key_Backspace, QString()); paintTheirs(); },
+                                      [&] { benchKey(plain, Qt::Key_X, QStringLiteral("x")); });
     bool numeric = false;
     const Figure modeTheirs = measure(
         [&] {
@@ -156,11 +128,7 @@ int main(int argc, char** argv)
     const bool theirsFocused = plain->hasFocus();
 
     const bool sane = field->text() == prefill && plain->text() == prefill && oursFocused && theirsFocused;
-#ifdef BENCH_NO_MALLOC_HOOKS
-    const bool counted = false;
-#else
-    const bool counted = true;
-#endif
+    const bool counted = kBenchCounted;
     std::printf("bench_input: keystroke to repaint, a field of %d bytes holding %d characters, %d rounds after %d\n",
                 kLimit, kPrefill, kRounds, kWarm);
     std::printf("%-30s %21s   %21s\n", "", "CTavoInput", "QLineEdit+validator");

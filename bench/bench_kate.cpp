@@ -25,41 +25,16 @@ namespace {
 const int kWarm = 50;
 const int kRounds = 4000;
 
-#ifdef BENCH_NO_MALLOC_HOOKS
-const bool kCounted = false;
-#else
-const bool kCounted = true;
-#endif
-
-struct Figure
-{
-    double micros = 0;
-    double allocations = 0;
-};
+using Figure = BenchStep;
 
 Figure measure(const std::function<void()>& step, const std::function<void()>& undo)
 {
-    for (int i = 0; i < kWarm; ++i) {
-        step();
-        undo();
-    }
-    qint64 nanos = 0;
-    long long allocations = 0;
-    QElapsedTimer timer;
-    for (int i = 0; i < kRounds; ++i) {
-        const long long before = g_allocations.load();
-        timer.start();
-        step();
-        nanos += timer.nsecsElapsed();
-        allocations += g_allocations.load() - before;
-        undo();
-    }
-    return {nanos / 1000.0 / kRounds, double(allocations) / kRounds};
+    return benchSteps(kWarm, kRounds, step, undo);
 }
 
 void row(const char* what, const Figure& f)
 {
-    if (kCounted)
+    if (kBenchCounted)
         std::printf("%-44s %9.2f %8.1f\n", what, f.micros, f.allocations);
     else
         std::printf("%-44s %9.2f %8s\n", what, f.micros, "n/a");

@@ -7,17 +7,16 @@
 // Allocations are counted by replacing malloc and friends in this program;
 // under AddressSanitizer the counts are reported as unavailable.
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QHBoxLayout>
 #include <QPushButton>
 #include <QWidget>
 
 #include <cstdio>
 
+#include "BenchLibrary.h"
 #include "BenchSupport.h"
 
 #include "CTXMLSoftkeys.h"
-#include "style/CTavoStyleSheetFile.h"
 #include "widgets/CTavoSoftkey.h"
 
 namespace {
@@ -38,35 +37,16 @@ CTXMLSoftkeys document(const char* word)
     return keys;
 }
 
-struct Figure
-{
-    double usPerCall = 0;
-    double allocationsPerCall = 0;
-};
-
+// Both documents once first: first-time set-up stays out of the figure.
 template <typename Call>
-Figure measure(int calls, Call call)
+BenchPerCall measure(int calls, Call call)
 {
-    call(0);
-    call(1);  // both documents once: first-time set-up stays out of the figure
-    const long long before = g_allocations.load();
-    QElapsedTimer timer;
-    timer.start();
-    for (int i = 0; i < calls; ++i)
-        call(i);
-    Figure f;
-    f.usPerCall = double(timer.nsecsElapsed()) / 1000.0 / calls;
-    f.allocationsPerCall = double(g_allocations.load() - before) / calls;
-    return f;
+    return benchPerCall(2, 0, calls, call);
 }
 
-void print(const char* what, const Figure& f)
+void print(const char* what, const BenchPerCall& f)
 {
-#ifdef BENCH_NO_MALLOC_HOOKS
-    std::printf("  %-52s %10.2f us   allocations n/a\n", what, f.usPerCall);
-#else
-    std::printf("  %-52s %10.2f us   %8.1f allocations\n", what, f.usPerCall, f.allocationsPerCall);
-#endif
+    benchPrintPerCall(52, what, f);
 }
 
 }  // namespace
@@ -80,16 +60,8 @@ int main(int argc, char** argv)
     screen.show();
 
     CTavoSoftkey bar(&screen);
-    CTavoStyleSheetFile skin;
-    QString style;
     QString attributes;
-    if (skin.parse(QStringLiteral("Skins/default/default.xml")) == 0 && skin.get(QStringLiteral("softkeys"))) {
-        style = skin.getStyle(QStringLiteral("softkeys"));
-        attributes = skin.getAttributes(QStringLiteral("softkeys"));
-    } else {
-        std::printf("(sample skin not found: run from the run folder; using a built-in style)\n");
-        style = QString::fromLatin1(kFallbackStyle);
-    }
+    QString style = benchSkinStyle(QStringLiteral("softkeys"), kFallbackStyle, &attributes);
     bar.updateStyle(style, attributes, true);
 
     const CTXMLSoftkeys first = document("Alpha");
@@ -98,11 +70,11 @@ int main(int argc, char** argv)
     const int calls = 1000;
 
     std::printf("Softkey bar, six keys on pages of four with More, per set():\n");
-    const Figure changing = measure(calls, [&](int i) {
+    const BenchPerCall changing = measure(calls, [&](int i) {
         bar.set(i % 2 ? second : first, excluded, SoftkeyLayoutDefault, false);
     });
     print("set, two documents in turn", changing);
-    const Figure same = measure(calls, [&](int) { bar.set(first, excluded, SoftkeyLayoutDefault, false); });
+    const BenchPerCall same = measure(calls, [&](int) { bar.set(first, excluded, SoftkeyLayoutDefault, false); });
     print("set, the identical document", same);
 
     // The same row as plain Qt: four buttons and More per page, built anew.
@@ -110,7 +82,7 @@ int main(int argc, char** argv)
     row.setGeometry(0, 416, 800, 64);
     row.show();
     std::printf("QPushButtons in a QHBoxLayout, rebuilt per document:\n");
-    const Figure widgets = measure(calls, [&](int i) {
+    const BenchPerCall widgets = measure(calls, [&](int i) {
         delete row.layout();
         qDeleteAll(row.findChildren<QPushButton*>(QString(), Qt::FindDirectChildrenOnly));
         auto* layout = new QHBoxLayout(&row);

@@ -21,7 +21,6 @@
 #include <QImage>
 #include <QPainter>
 #include <QProcess>
-#include <QRegularExpression>
 #include <QScrollBar>
 #include <QScroller>
 #include <QSqlDatabase>
@@ -33,10 +32,8 @@
 #include <sqlite3.h>
 #include <vector>
 
+#include "BenchLibrary.h"
 #include "BenchSupport.h"
-#include "core/CTavoCoreCommunicator.h"
-#include "core/TavoGlobals.h"
-#include "data/CTavoDb.h"
 #include "data/CTavoDbTable.h"
 #include "data/CTavoDbTableView.h"
 #include "widgets/CTavoView.h"
@@ -86,76 +83,6 @@ bool makeDatabase(const QString& path, int rows)
     return ok;
 }
 
-struct Child {
-    QProcess process;
-    QString out;
-    bool waitFor(const QString& text, int ms)
-    {
-        QElapsedTimer t;
-        t.start();
-        while (!out.contains(text) && t.elapsed() < ms) {
-            process.waitForReadyRead(50);
-            out += QString::fromUtf8(process.readAllStandardOutput());
-        }
-        return out.contains(text);
-    }
-    ~Child()
-    {
-        process.terminate();
-        if (!process.waitForFinished(5000))
-            process.kill();
-        process.waitForFinished(2000);
-    }
-};
-
-// The GUI side: a link to the core named like a GUI process, and its CTavoDb.
-struct Gui {
-    CTavoCoreCommunicator* com;
-    CTavoDb db;
-    Gui(quint16 port, const char* name) : com(new CTavoCoreCommunicator("127.0.0.1", port, name, false))
-    {
-        QObject::connect(&db, &CTavoDb::tjdbRequest,
-                         [this](const QString& text) { com->send(text.toUtf8().constData(), GuiAppsDbs, GuiAppsMsgDb); });
-        QObject::connect(com, &CTavoCoreCommunicator::messageReceived, &db,
-                         [this](QByteArray data, GuiAppsT, GuiAppsMsgTypeT type) {
-                             if (type == GuiAppsMsgDb) {
-                                 db.tjdbResponse(QString::fromUtf8(data));
-                                 return;
-                             }
-                             static const QRegularExpression mask("<AppStatus mask=\"(\\d+)\"");
-                             const QRegularExpressionMatch m = mask.match(QString::fromUtf8(data));
-                             if (m.hasMatch())
-                                 db.setConnected(m.captured(1).toInt() & GuiAppsDbs);
-                         },
-                         Qt::QueuedConnection);
-        QElapsedTimer guard;
-        guard.start();
-        while (!db.isConnected() && guard.elapsed() < 10000)
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    ~Gui()
-    {
-        com->shutDown();
-        delete com;
-    }
-};
-
-void quietDebug(QtMsgType type, const QMessageLogContext&, const QString& text)
-{
-    if (type != QtDebugMsg)
-        std::fprintf(stderr, "%s\n", qPrintable(text));
-}
-
-template <typename Done>
-bool waitUntil(Done done, int ms = 120000)
-{
-    QElapsedTimer guard;
-    guard.start();
-    while (!done() && guard.elapsed() < ms)
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    return done();
-}
-
 class FrameDriver : public QAnimationDriver
 {
 public:
@@ -184,7 +111,7 @@ struct Figures {
 Figures runOurs(quint16 port, int rows)
 {
     Figures f;
-    Gui gui(port, "zedagui");
+    BenchGui gui(port, "zedagui");
     QImage image(kScreenW, kScreenH, QImage::Format_RGB32);
     CTavoDbTableView view;
     // Rows kept built: more than the steady scroll below passes over.
@@ -217,12 +144,12 @@ Figures runOurs(quint16 port, int rows)
     timer.start();
     CTavoDbTable* table = gui.db.subscribeToTable("contacts");
     view.setModel(table);
-    if (!waitUntil([&] { return table->rowCount() >= kScreenH / kRowH + 1; }))
+    if (!benchWaitUntil([&] { return table->rowCount() >= kScreenH / kRowH + 1; }))
         return f;
     paint();
     paint();
     f.firstFrameMs = timer.nsecsElapsed() / 1e6;
-    if (!waitUntil([&] { return table->rowCount() == rows && !view.isRefreshPending(); }))
+    if (!benchWaitUntil([&] { return table->rowCount() == rows && !view.isRefreshPending(); }))
         return f;
     paint();
     paint();
@@ -287,10 +214,10 @@ Figures runOurs(quint16 port, int rows)
     });
     for (int i = 0; i < 100; ++i)
         gui.db.query("burst", QStringLiteral("INSERT INTO contacts(name, number) VALUES('Burst %1', '%1')").arg(i));
-    waitUntil([&] { return table->rowCount() == rows + 100 && !view.isRefreshPending(); }, 30000);
+    benchWaitUntil([&] { return table->rowCount() == rows + 100 && !view.isRefreshPending(); }, 30000);
     f.burstRefreshes = refreshes;
     gui.db.query("tidy", "DELETE FROM contacts WHERE name LIKE 'Burst %'");
-    waitUntil([&] { return table->rowCount() == rows; }, 30000);
+    benchWaitUntil([&] { return table->rowCount() == rows; }, 30000);
     painter.end();
     return f;
 }
@@ -349,19 +276,19 @@ void scrolls(QTableView& table, FrameDriver& driver, int flingMs, Figures& f)
 Figures runTableOnCached(quint16 port, int rows, FrameDriver& driver, int flingMs)
 {
     Figures f;
-    Gui gui(port, "browser");
+    BenchGui gui(port, "browser");
     QImage image(kScreenW, kScreenH, QImage::Format_RGB32);
     QTableView table;
     QElapsedTimer timer;
     timer.start();
     CTavoDbTable* model = gui.db.subscribeToTable("contacts");
     table.setModel(model);
-    if (!waitUntil([&] { return model->rowCount() >= kScreenH / kRowH + 1; }))
+    if (!benchWaitUntil([&] { return model->rowCount() >= kScreenH / kRowH + 1; }))
         return f;
     setUpTable(table, {2, 3, 4}, model->columnCount());
     table.viewport()->render(&image);
     f.firstFrameMs = timer.nsecsElapsed() / 1e6;
-    if (!waitUntil([&] { return model->rowCount() == rows; }))
+    if (!benchWaitUntil([&] { return model->rowCount() == rows; }))
         return f;
     table.viewport()->render(&image);
     f.lastRowMs = timer.nsecsElapsed() / 1e6;
@@ -418,33 +345,20 @@ int main(int argc, char** argv)
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
-    qInstallMessageHandler(quietDebug);
+    qInstallMessageHandler(benchQuietDebug);
     QTimer heartbeat;
     heartbeat.start(50);
     const int rows = argc > 1 ? std::max(1000, std::atoi(argv[1])) : 100000;
-    const QString bin = QCoreApplication::applicationDirPath();
     QTemporaryDir dir;
     const QString path = dir.filePath("bench.db");
     if (!makeDatabase(path, rows)) {
         std::fprintf(stderr, "bench_tableview: cannot make %s\n", qPrintable(path));
         return 1;
     }
-    Child core;
-    core.process.start(bin + "/tgui-core", {"--port", "0", "--listen", "127.0.0.1"});
-    if (!core.waitFor("LISTENING ", 10000)) {
-        std::fprintf(stderr, "bench_tableview: tgui-core did not start from %s\n", qPrintable(bin));
+    BenchPeers peers;
+    if (!peers.start("bench_tableview", path, {"--poll-interval", "2", "--batch-size", "500"}))
         return 1;
-    }
-    const quint16 port = quint16(core.out.mid(core.out.indexOf("LISTENING ") + 10).section('\n', 0, 0).toUInt());
-    Child dbs;
-    dbs.process.setProcessChannelMode(QProcess::ForwardedOutputChannel);
-    dbs.process.setStandardErrorFile(QProcess::nullDevice());
-    dbs.process.start(bin + "/tgui-dbs",
-                      {"--port", QString::number(port), "--poll-interval", "2", "--batch-size", "500", path});
-    if (!core.waitFor("REGISTER dbs", 10000)) {
-        std::fprintf(stderr, "bench_tableview: tgui-dbs did not register\n");
-        return 1;
-    }
+    const quint16 port = peers.port;
     FrameDriver driver;
     driver.install();
 
@@ -453,9 +367,9 @@ int main(int argc, char** argv)
                 rows, kRowH, kScreenW, kScreenH);
     {
         // The peer's first reading of the file is no side's cost.
-        Gui warm(port, "browser");
+        BenchGui warm(port, "browser");
         CTavoDbTable* table = warm.db.subscribeToTable("contacts");
-        waitUntil([&] { return table && table->rowCount() == rows; });
+        benchWaitUntil([&] { return table && table->rowCount() == rows; });
     }
     const Figures ours = runOurs(port, rows);
     const int flingMs = qMax(1000, int(ours.flingFrames * 1000.0 / qMax(1.0, ours.flingFps)));

@@ -10,6 +10,7 @@
 #include <QtTest>
 #include <memory>
 
+#include "GuiProfile.h"
 #include "LoopbackPeer.h"
 #include "automation/CTavoUITA.h"
 #include "automation/TavoUiReport.h"
@@ -92,8 +93,7 @@ class TestUiReport : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir m_dir;
-    QString m_home;
+    GuiProfile m_profile;
     std::unique_ptr<LoopbackPeer> m_peer;
     Host* m_mgr = nullptr;
 
@@ -129,13 +129,7 @@ class TestUiReport : public QObject
 private slots:
     void initTestCase()
     {
-        QCoreApplication::setApplicationName(QStringLiteral("zedagui"));
-        QVERIFY(m_dir.isValid());
-        m_home = QDir::currentPath();
-        QDir(m_dir.path()).mkpath("Skins");
-        QFile qt(m_dir.filePath("qt.conf"));
-        QVERIFY(qt.open(QIODevice::WriteOnly));
-        qt.write("[Profile]\nActive=test\n");
+        QVERIFY(m_profile.make());
     }
 
     void init()
@@ -143,12 +137,7 @@ private slots:
         bRebootInitiated = false;
         m_peer.reset(new LoopbackPeer);
         const quint16 port = m_peer->start();
-        QFile skins(m_dir.filePath("Skins/test.conf"));
-        QVERIFY(skins.open(QIODevice::WriteOnly));
-        skins.write("[zedagui]\nSkinFile=Skins/test/test.xml\nComServerIP=127.0.0.1\nComServerPort="
-                    + QByteArray::number(port) + "\n");
-        skins.close();
-        QVERIFY(QDir::setCurrent(m_dir.path()));
+        QVERIFY(m_profile.enter(port, "SkinFile=Skins/test/test.xml\n"));
         m_mgr = new Host;
         m_mgr->setObjectName("phone");
         m_mgr->setGeometry(0, 0, 400, 300);
@@ -159,14 +148,10 @@ private slots:
 
     void cleanup()
     {
-        CTavoCoreCommunicator* com = m_mgr->coreCom();
-        delete m_mgr;
-        m_mgr = nullptr;
-        com->shutDown();
-        delete com;
+        deleteManager(m_mgr);
         m_peer.reset();
         tavoToolSetTestAutomationFlag(false);
-        QDir::setCurrent(m_home);
+        m_profile.leave();
     }
 
     void vocabularyNamesByIndexAndRefusesOthers()
@@ -258,12 +243,12 @@ private slots:
         (void)ok;
     }
 
-    void nothingIsBuiltWhileTheFlagIsOff()
+    void theFlagGatesTheReportAndTheHeapFigures()
     {
         CTavoLayoutWidget* main = surface(m_mgr, "main", QRect(0, 0, 400, 300));
         CTavoButton* ok = button(main, "ok", QRect(10, 40, 80, 40));
         CTavoLabelWidget* title = label(main, "title", "Front desk", QRect(10, 5, 200, 20));
-        const int before = m_peer->frames.size();
+        int before = m_peer->frames.size();
         deliver(coreDoc("Core:UiReport"));
         deliver(coreDoc("Core:Memshow"));
         m_mgr->collectAndDumpUiXml(true);
@@ -277,16 +262,12 @@ private slots:
         main->refreshDom();
         QVERIFY(ok->dom().isNull() && main->dom().isNull());
 
-        // Turned on by the core's configuration, the same request is answered.
+        // Turned on by the core's configuration, the same requests are answered;
+        // the memory report carries the heap figures.
         deliver("<TXML><Event uri=\"Core:Config\">testAutomation=1</Event></TXML>");
         QVERIFY(tavoToolGetTestAutomationFlag());
         QVERIFY(!byName(ask().documentElement(), "ok").isNull());
-    }
-
-    void memoryReportCarriesTheHeapFigures()
-    {
-        tavoToolSetTestAutomationFlag(true);
-        const int before = m_peer->frames.size();
+        before = m_peer->frames.size();
         deliver(coreDoc("Core:Memshow"));
         QVERIFY(m_peer->waitForFrames(before + 1));
         const PeerFrame& frame = m_peer->frames.at(before);
@@ -305,7 +286,7 @@ private slots:
     // text, then saves one, then waits for any answer; a bad step is named and skipped.
     void coreWaitsForAValueAndSavesTheReport()
     {
-        QFile scenario(m_dir.filePath("report.txt"));
+        QFile scenario(m_profile.filePath("report.txt"));
         QVERIFY(scenario.open(QIODevice::WriteOnly));
         scenario.write("wait zedagui 20000\n"
                        "send zedagui <TXML><Event uri=\"Core:Config\">testAutomation=1</Event></TXML>\n"
@@ -319,21 +300,15 @@ private slots:
         QProcess core;
         core.setProcessChannelMode(QProcess::MergedChannels);
         core.start(qEnvironmentVariable("TGUI_BIN_DIR", TGUI_BIN_DIR) + "/tgui-core",
-                   {"--port", "0", "--listen", "127.0.0.1", "--scenario", scenario.fileName(), "--report-dir", m_dir.path()});
+                   {"--port", "0", "--listen", "127.0.0.1", "--scenario", scenario.fileName(), "--report-dir", m_profile.dir.path()});
         QVERIFY(core.waitForStarted());
         QVERIFY(core.waitForReadyRead(20000));
         const QByteArray first = core.readLine().trimmed();
         QVERIFY2(first.startsWith("LISTENING "), first.constData());
 
         // This test's manager moves from the loopback peer to the real core.
-        CTavoCoreCommunicator* com = m_mgr->coreCom();
-        delete m_mgr;
-        com->shutDown();
-        delete com;
-        QFile skins(m_dir.filePath("Skins/test.conf"));
-        QVERIFY(skins.open(QIODevice::WriteOnly));
-        skins.write("[zedagui]\nSkinFile=Skins/test/test.xml\nComServerIP=127.0.0.1\nComServerPort=" + first.mid(10) + "\n");
-        skins.close();
+        deleteManager(m_mgr);
+        QVERIFY(m_profile.enter(first.mid(10).toUShort(), "SkinFile=Skins/test/test.xml\n"));
         m_mgr = new Host;
         m_mgr->setGeometry(0, 0, 400, 300);
         m_mgr->show();
@@ -352,7 +327,7 @@ private slots:
         // "sync" goes on at the next answer, whatever it shows.
         QVERIFY2(out.contains("SCENARIO line 6: sync needs <peer>"), qPrintable(out));
         QVERIFY(out.indexOf("SYNC zedagui") > out.indexOf("REPORT zedagui saved"));
-        QFile saved(m_dir.filePath("saved.xml"));
+        QFile saved(m_profile.filePath("saved.xml"));
         QVERIFY(saved.open(QIODevice::ReadOnly));
         QDomDocument document;
         QVERIFY(document.setContent(&saved));

@@ -26,6 +26,7 @@
 #include "widgets/CTavoParagraph.h"
 #include "widgets/CTavoView.h"
 
+#include "GuiProfile.h"
 #include "ProgramProcess.h"
 
 namespace {
@@ -114,17 +115,48 @@ class TestDbTableView : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir m_dir;
-    QString m_home;
+    GuiProfile m_profile;
     QString m_db;
     std::unique_ptr<ProgramProcess> m_core;
     std::unique_ptr<ProgramProcess> m_dbs;
     CTavoLayoutMgr* m_mgr = nullptr;
     QList<QPointer<CTavoDbTableView>> m_views;
 
+    // tgui-core and tgui-dbs on a file of 40 contacts, for the cases that show
+    // a table (the others need no peers).
+    bool startPeers()
+    {
+        m_core = std::make_unique<ProgramProcess>("tgui-core", QStringList{"--port", "0", "--listen", "127.0.0.1"});
+        const quint16 port = m_core->listeningPort();
+        if (!port || !m_profile.enter(port))
+            return false;
+
+        m_db = m_profile.filePath(QString("%1.db").arg(QTest::currentTestFunction()));
+        QFile::remove(m_db);
+        QString sql = QString::fromLatin1(kSchema) + "BEGIN;";
+        for (int i = 1; i <= 40; ++i)
+            sql += QString("INSERT INTO contacts(name, number, presence, read) VALUES('name %1', '+41 44 %1', %2, %3);")
+                       .arg(i)
+                       .arg(i % 3)
+                       .arg(i % 2);
+        sql += "COMMIT;";
+        // The peer makes the file from the script.
+        const QString script = m_profile.filePath("seed.sql");
+        QFile seed(script);
+        if (!seed.open(QIODevice::WriteOnly | QIODevice::Truncate))
+            return false;
+        seed.write(sql.toUtf8());
+        seed.close();
+        m_dbs = std::make_unique<ProgramProcess>(
+            "tgui-dbs", QStringList{"--port", QString::number(port), "--poll-interval", "50", "--init", script, m_db});
+        return true;
+    }
+
     // A shown table view of the styled size over "contacts", rows arrived.
     CTavoDbTableView* openView(int rows, bool lazy = true)
     {
+        if (!m_core && !startPeers())
+            return nullptr;
         if (!m_mgr)
             m_mgr = new CTavoLayoutMgr;
         if (!QTest::qWaitFor([&] { return m_mgr->db().isConnected(); }, 15000))
@@ -164,62 +196,20 @@ class TestDbTableView : public QObject
 private slots:
     void initTestCase()
     {
-        QCoreApplication::setApplicationName(QStringLiteral("zedagui"));
-        QVERIFY(m_dir.isValid());
-        m_home = QDir::currentPath();
-        QDir(m_dir.path()).mkpath("Skins");
-        QFile qt(m_dir.filePath("qt.conf"));
-        QVERIFY(qt.open(QIODevice::WriteOnly));
-        qt.write("[Profile]\nActive=test\n");
+        QVERIFY(m_profile.make());
     }
 
-    void init()
-    {
-        bRebootInitiated = false;
-        m_core = std::make_unique<ProgramProcess>("tgui-core", QStringList{"--port", "0", "--listen", "127.0.0.1"});
-        QVERIFY(QTest::qWaitFor([&] { return m_core->out().contains("LISTENING "); }, 10000));
-        const QString out = m_core->out();
-        const quint16 port = quint16(out.mid(out.indexOf("LISTENING ") + 10).section('\n', 0, 0).toUInt());
-        QFile skins(m_dir.filePath("Skins/test.conf"));
-        QVERIFY(skins.open(QIODevice::WriteOnly));
-        skins.write("[zedagui]\nComServerIP=127.0.0.1\nComServerPort=" + QByteArray::number(port) + "\n");
-        skins.close();
-        QVERIFY(QDir::setCurrent(m_dir.path()));
-
-        m_db = m_dir.filePath(QString("%1.db").arg(QTest::currentTestFunction()));
-        QFile::remove(m_db);
-        QString sql = QString::fromLatin1(kSchema) + "BEGIN;";
-        for (int i = 1; i <= 40; ++i)
-            sql += QString("INSERT INTO contacts(name, number, presence, read) VALUES('name %1', '+41 44 %1', %2, %3);")
-                       .arg(i)
-                       .arg(i % 3)
-                       .arg(i % 2);
-        sql += "COMMIT;";
-        // The peer makes the file from the script.
-        const QString script = m_dir.filePath("seed.sql");
-        QFile seed(script);
-        QVERIFY(seed.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        seed.write(sql.toUtf8());
-        seed.close();
-        m_dbs = std::make_unique<ProgramProcess>(
-            "tgui-dbs", QStringList{"--port", QString::number(port), "--poll-interval", "50", "--init", script, m_db});
-    }
+    void init() { bRebootInitiated = false; }
 
     void cleanup()
     {
         for (const QPointer<CTavoDbTableView>& view : qAsConst(m_views))
             delete view.data();
         m_views.clear();
-        if (m_mgr) {
-            CTavoCoreCommunicator* com = m_mgr->coreCom();
-            delete m_mgr;
-            m_mgr = nullptr;
-            com->shutDown();
-            delete com;
-        }
+        deleteManager(m_mgr);
         m_dbs.reset();
         m_core.reset();
-        QDir::setCurrent(m_home);
+        m_profile.leave();
     }
 
     void rowsAreBuiltAsTheyComeIntoView()

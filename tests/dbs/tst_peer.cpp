@@ -11,6 +11,7 @@
 #include <sqlite3.h>
 
 #include "CTJDbReq.h"
+#include "GuiProfile.h"
 #include "ProgramProcess.h"
 #include "core/TavoGlobals.h"
 #include "data/CTavoDb.h"
@@ -80,8 +81,7 @@ class TestDbsPeer : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir m_dir;
-    QString m_home;
+    GuiProfile m_profile;
     QString m_db;
     std::unique_ptr<ProgramProcess> m_core;
     quint16 m_port = 0;
@@ -115,13 +115,7 @@ class TestDbsPeer : public QObject
 private slots:
     void initTestCase()
     {
-        QCoreApplication::setApplicationName(QStringLiteral("zedagui"));
-        QVERIFY(m_dir.isValid());
-        m_home = QDir::currentPath();
-        QDir(m_dir.path()).mkpath("Skins");
-        QFile qt(m_dir.filePath("qt.conf"));
-        QVERIFY(qt.open(QIODevice::WriteOnly));
-        qt.write("[Profile]\nActive=test\n");
+        QVERIFY(m_profile.make());
     }
 
     void init()
@@ -129,14 +123,9 @@ private slots:
         bRebootInitiated = false;
         m_core = std::make_unique<ProgramProcess>("tgui-core", QStringList{"--port", "0", "--listen", "127.0.0.1"});
         m_port = m_core->listeningPort();
-        QVERIFY(m_port);
-        QFile skins(m_dir.filePath("Skins/test.conf"));
-        QVERIFY(skins.open(QIODevice::WriteOnly));
-        skins.write("[zedagui]\nComServerIP=127.0.0.1\nComServerPort=" + QByteArray::number(m_port) + "\n");
-        skins.close();
-        QVERIFY(QDir::setCurrent(m_dir.path()));
+        QVERIFY(m_port && m_profile.enter(m_port));
 
-        m_db = m_dir.filePath(QString("%1.db").arg(QTest::currentTestFunction()));
+        m_db = m_profile.filePath(QString("%1.db").arg(QTest::currentTestFunction()));
         QFile::remove(m_db);
         QString sql = "CREATE TABLE contacts(id INTEGER PRIMARY KEY, name TEXT, number TEXT);"
                       "CREATE TABLE calls(number TEXT, at TEXT);BEGIN;";
@@ -148,15 +137,9 @@ private slots:
 
     void cleanup()
     {
-        if (m_mgr) {
-            CTavoCoreCommunicator* com = m_mgr->coreCom();
-            delete m_mgr;
-            m_mgr = nullptr;
-            com->shutDown();
-            delete com;
-        }
+        deleteManager(m_mgr);
         m_core.reset();
-        QDir::setCurrent(m_home);
+        m_profile.leave();
     }
 
     void subscriptionBatchesAndNotifications()

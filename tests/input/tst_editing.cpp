@@ -1,5 +1,5 @@
-// What keys and fingers do to a field: refused input per mode as data rows,
-// the byte limit on whole characters, the backspace key and button, and the
+// What keys and fingers do to a field: the entry rules and refused input per
+// mode as data rows, the byte limit on whole characters typed or inserted, the backspace key and button, and the
 // magnifier under a held finger, smoothed on its 50 ms timer, with the text
 // cursor held still while it shows.
 #include <QtTest>
@@ -27,6 +27,18 @@ void enter(CTavoInput* field, const QString& text)
         } else {
             field->onEntered(c, false);
         }
+    }
+}
+
+// Characters as key events: the dial pad key for a digit, the character's own
+// Qt key for the rest.
+void type(QWidget* w, const QString& text)
+{
+    for (const QChar c : text) {
+        const Qt::Key k = c.isDigit() ? Qt::Key(Qt::Key_0 + c.digitValue())
+            : c.unicode() < 0x80      ? Qt::Key(c.toUpper().unicode())
+                                      : Qt::Key_unknown;
+        QTest::sendKeyEvent(QTest::Click, w, k, QString(c), Qt::NoModifier);
     }
 }
 
@@ -122,6 +134,19 @@ private slots:
         QTest::newRow("IP: 255") << "IP" << "" << "255" << "255.000.000.000" << "000";
         QTest::newRow("IP: a letter closes the group") << "IP" << "" << "1x7" << "001.007.000.000" << "";
         QTest::newRow("IP: short group") << "IP" << "" << "30" << "030.000.000.000" << "";
+        // "-": nothing selected; a clamped value is selected whole.
+        QTest::newRow("123: minus alone") << "123" << "" << "-" << "-" << "-";
+        QTest::newRow("123: minus zero refused") << "123" << "" << "-0" << "-" << "-";
+        QTest::newRow("123: leading zero removed") << "123" << "" << "07" << "7" << "-";
+        QTest::newRow("123: single zero removed without range") << "123" << "" << "0" << "" << "-";
+        QTest::newRow("123: single zero kept in 0..9") << "123" << "min=0;max=9" << "0" << "0" << "-";
+        QTest::newRow("123: leading zeros allowed") << "123" << "leadingZero=1" << "007" << "007" << "-";
+        QTest::newRow("123: point dropped when numeric only") << "123" << "" << "1.5" << "15" << "-";
+        QTest::newRow("123;abc: point kept") << "123;abc" << "" << "1.5" << "1.5" << "-";
+        QTest::newRow("123;abc: second point refused") << "123;abc" << "" << "1.." << "1." << "-";
+        QTest::newRow("123: low value allowed while typing") << "123" << "min=10;max=20" << "1" << "1" << "-";
+        QTest::newRow("123: below a negative minimum") << "123" << "min=-50;max=20" << "-60" << "-50" << "-50";
+        QTest::newRow("123: maximum alone") << "123" << "max=99" << "123" << "99" << "99";
     }
     void refusedInputPerMode()
     {
@@ -135,35 +160,56 @@ private slots:
         QVERIFY(s.show());
         enter(s.field, typed);
         QCOMPARE(s.field->text(), expected);
-        if (!selected.isEmpty())
+        if (selected == QLatin1String("-"))
+            QVERIFY(!s.field->hasSelectedText());
+        else if (!selected.isEmpty())
             QCOMPARE(s.field->selectedText(), selected);
     }
 
-    // Over the byte limit whole characters go, however the text got there.
+    // QLineEdit counts characters; the field holds the UTF-8 bytes to the
+    // limit, whole characters, whether typed or inserted.
     void byteLimitCutsWholeCharacters_data()
     {
+        QTest::addColumn<bool>("keys");
         QTest::addColumn<int>("limit");
         QTest::addColumn<QString>("inserted");
         QTest::addColumn<QString>("expected");
         const QString face = QString::fromUtf8("\xF0\x9F\x98\x80");  // four bytes, two QChars
-        QTest::newRow("pasted two-byte text") << 5 << QString::fromUtf8("ääää") << QString::fromUtf8("ää");
-        QTest::newRow("a surrogate pair is not split") << 6 << "ab" + face + "c" << "ab" + face;
-        QTest::newRow("a pair that does not fit goes whole") << 5 << "ab" + face << "ab";
-        QTest::newRow("three-byte after ascii") << 4 << QString::fromUtf8("a€€") << QString::fromUtf8("a€");
-        QTest::newRow("exactly full stays") << 4 << QString::fromUtf8("éé") << QString::fromUtf8("éé");
+        QTest::newRow("pasted two-byte text") << false << 5 << QString::fromUtf8("ääää") << QString::fromUtf8("ää");
+        QTest::newRow("a surrogate pair is not split") << false << 6 << "ab" + face + "c" << "ab" + face;
+        QTest::newRow("a pair that does not fit goes whole") << false << 5 << "ab" + face << "ab";
+        QTest::newRow("three-byte after ascii") << false << 4 << QString::fromUtf8("a€€") << QString::fromUtf8("a€");
+        QTest::newRow("exactly full stays") << false << 4 << QString::fromUtf8("éé") << QString::fromUtf8("éé");
+        QTest::newRow("keys: two-byte characters freeze at the limit")
+            << true << 4 << QString::fromUtf8("éééé") << QString::fromUtf8("éé");
+        QTest::newRow("keys: ascii") << true << 3 << "abcd" << "abc";
+        QTest::newRow("keys: mixed, exactly full") << true << 5 << QString::fromUtf8("aéé") << QString::fromUtf8("aéé");
+        QTest::newRow("keys: a character that would cross is cut") << true << 5 << QString::fromUtf8("aaaaé") << "aaaa";
+        QTest::newRow("keys: three-byte characters") << true << 7 << QString::fromUtf8("€€€€") << QString::fromUtf8("€€");
+        QTest::newRow("keys: maximum length 0 takes nothing") << true << 0 << "ab" << "";
     }
     void byteLimitCutsWholeCharacters()
     {
+        QFETCH(bool, keys);
         QFETCH(int, limit);
         QFETCH(QString, inserted);
         QFETCH(QString, expected);
         Screen s;
         s.field->set("abc", QString(), limit, 0, "");
         QVERIFY(s.show());
-        s.field->insert(inserted);
+        if (keys)
+            type(s.field, inserted);
+        else
+            s.field->insert(inserted);
         QCOMPARE(s.field->text(), expected);
         QVERIFY(s.field->text().toUtf8().size() <= limit);
-        QVERIFY(!s.field->text().isEmpty() && !QChar(s.field->text().back()).isHighSurrogate());
+        QVERIFY(expected.isEmpty() || !QChar(s.field->text().back()).isHighSurrogate());
+        // Deleting gives room again.
+        if (keys && !expected.isEmpty()) {
+            QTest::keyClick(s.field, Qt::Key_Backspace);
+            type(s.field, "z");
+            QCOMPARE(s.field->text(), expected.left(expected.size() - 1) + "z");
+        }
     }
 
     // A dial pad digit without a strip types the event's own text, whatever

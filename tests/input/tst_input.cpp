@@ -1,6 +1,6 @@
-// The line input through real key events on a real surface: modes and their
-// entry rules, encodings, the byte limit, the IPv4 mask, default texts and
-// passwords, and the dialogue with the softkey bar.
+// The line input through real key events on a real surface: modes, encodings,
+// the IPv4 mask, default texts and passwords, and the dialogue with the
+// softkey bar (the entry rules and the byte limit: tst_editing).
 #include <QtTest>
 
 #include <QApplication>
@@ -309,40 +309,6 @@ private slots:
         QCOMPARE(input.maxLength(), bytes);
     }
 
-    // QLineEdit counts characters; the field holds the UTF-8 bytes to the limit.
-    void byteLimitThroughKeys_data()
-    {
-        QTest::addColumn<int>("maxLength");
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("two-byte characters freeze at the limit")
-            << 4 << QString::fromUtf8("éééé") << QString::fromUtf8("éé");
-        QTest::newRow("ascii") << 3 << "abcd" << "abc";
-        QTest::newRow("mixed, exactly full") << 5 << QString::fromUtf8("aéé") << QString::fromUtf8("aéé");
-        QTest::newRow("a character that would cross is cut") << 5 << QString::fromUtf8("aaaaé") << "aaaa";
-        QTest::newRow("three-byte characters") << 7 << QString::fromUtf8("€€€€") << QString::fromUtf8("€€");
-        QTest::newRow("maximum length 0 takes nothing") << 0 << "ab" << "";
-    }
-
-    void byteLimitThroughKeys()
-    {
-        QFETCH(int, maxLength);
-        QFETCH(QString, typed);
-        QFETCH(QString, expected);
-        Screen s;
-        s.input->set("abc", QString(), maxLength, 0, "");
-        QVERIFY(s.show());
-        type(s.input, typed);
-        QCOMPARE(s.input->text(), expected);
-        QVERIFY(s.input->text().toUtf8().size() <= maxLength);
-        // Deleting gives room again.
-        if (!expected.isEmpty()) {
-            key(s.input, Qt::Key_Backspace);
-            type(s.input, "z");
-            QCOMPARE(s.input->text(), expected.left(expected.size() - 1) + "z");
-        }
-    }
-
     void ipFieldWithMaskAndGroups()
     {
         Screen s;
@@ -458,53 +424,6 @@ private slots:
             type(s.input, "a");
             QCOMPARE(s.input->QLineEdit::text(), QString::fromUtf8(echoMode ? "****a" : "Grüßea"));
         }
-    }
-
-    // Digits come as dial pad keys; the strip's other characters through onEntered.
-    void numericEntry_data()
-    {
-        QTest::addColumn<QString>("modes");
-        QTest::addColumn<QString>("params");
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("expected");
-        QTest::addColumn<bool>("allSelected");
-
-        QTest::newRow("minus alone") << "123" << "" << "-" << "-" << false;
-        QTest::newRow("minus zero refused") << "123" << "" << "-0" << "-" << false;
-        QTest::newRow("minus refused at minimum 0") << "123" << "min=0" << "-5" << "5" << false;
-        QTest::newRow("leading zero removed") << "123" << "" << "07" << "7" << false;
-        QTest::newRow("single zero removed without range") << "123" << "" << "0" << "" << false;
-        QTest::newRow("single zero kept in 0..9") << "123" << "min=0;max=9" << "0" << "0" << false;
-        QTest::newRow("leading zeros allowed") << "123" << "leadingZero=1" << "007" << "007" << false;
-        QTest::newRow("point dropped when numeric only") << "123" << "" << "1.5" << "15" << false;
-        QTest::newRow("point kept otherwise") << "123;abc" << "" << "1.5" << "1.5" << false;
-        QTest::newRow("second point refused") << "123;abc" << "" << "1.." << "1." << false;
-        QTest::newRow("letters refused") << "123;abc" << "" << "1x" << "1" << false;
-        QTest::newRow("low value allowed while typing") << "123" << "min=10;max=20" << "1" << "1" << false;
-        QTest::newRow("above the maximum") << "123" << "min=10;max=20" << "25" << "20" << true;
-        QTest::newRow("below a negative minimum") << "123" << "min=-50;max=20" << "-60" << "-50" << true;
-        QTest::newRow("maximum alone") << "123" << "max=99" << "123" << "99" << true;
-        QTest::newRow("stepped mode edits too") << "123T" << "max=50" << "64" << "50" << true;
-    }
-
-    void numericEntry()
-    {
-        QFETCH(QString, modes);
-        QFETCH(QString, params);
-        QFETCH(QString, typed);
-        QFETCH(QString, expected);
-        QFETCH(bool, allSelected);
-        Screen s;
-        s.input->set(modes.toUtf8().constData(), QString(), 16, 0, params.toUtf8().constData());
-        QVERIFY(s.show());
-        for (const QChar c : typed) {
-            if (c.isDigit())
-                type(s.input, QString(c));
-            else
-                s.input->onEntered(c, false);
-        }
-        QCOMPARE(s.input->text(), expected);
-        QCOMPARE(s.input->hasSelectedText() && s.input->selectedText() == expected, allSelected);
     }
 
     void validInput_data()

@@ -8,6 +8,7 @@
 #include <QtTest>
 #include <memory>
 
+#include "GuiProfile.h"
 #include "LoopbackPeer.h"
 #include "core/TavoGlobals.h"
 #include "layout/CTavoLayoutMgr.h"
@@ -50,8 +51,7 @@ class TestLayoutMgr : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir m_dir;
-    QString m_home;
+    GuiProfile m_profile;
     std::unique_ptr<LoopbackPeer> m_peer;
     Host* m_mgr = nullptr;
     int m_delivered = 0;
@@ -76,14 +76,8 @@ class TestLayoutMgr : public QObject
 private slots:
     void initTestCase()
     {
-        QCoreApplication::setApplicationName(QStringLiteral("zedagui"));
         QVERIFY(!QFile::exists("/tmp/qt.conf"));
-        QVERIFY(m_dir.isValid());
-        m_home = QDir::currentPath();
-        QDir(m_dir.path()).mkpath("Skins");
-        QFile qt(m_dir.filePath("qt.conf"));
-        QVERIFY(qt.open(QIODevice::WriteOnly));
-        qt.write("[Profile]\nActive=test\n");
+        QVERIFY(m_profile.make());
     }
 
     void init()
@@ -91,12 +85,7 @@ private slots:
         bRebootInitiated = false;
         m_peer.reset(new LoopbackPeer);
         const quint16 port = m_peer->start();
-        QFile skins(m_dir.filePath("Skins/test.conf"));
-        QVERIFY(skins.open(QIODevice::WriteOnly));
-        skins.write("[zedagui]\nSkinFile=Skins/test/test.xml\nComServerIP=127.0.0.1\nComServerPort="
-                    + QByteArray::number(port) + "\n");
-        skins.close();
-        QVERIFY(QDir::setCurrent(m_dir.path()));
+        QVERIFY(m_profile.enter(port, "SkinFile=Skins/test/test.xml\n"));
         m_mgr = new Host;
         m_delivered = 0;
         connect(m_mgr->coreCom(), &CTavoCoreCommunicator::messageReceived, this,
@@ -106,18 +95,14 @@ private slots:
 
     void cleanup()
     {
-        CTavoCoreCommunicator* com = m_mgr->coreCom();
-        delete m_mgr;
-        m_mgr = nullptr;
-        com->shutDown();
-        delete com;
+        deleteManager(m_mgr);
         m_peer.reset();
         bRebootInitiated = false;
         tavoToolSet24HrsFormat(false);
         tavoToolsSetXt9Enabled(false);
         tavoToolSetTestAutomationFlag(false);
         QLocale::setDefault(QLocale::c());
-        QDir::setCurrent(m_home);
+        m_profile.leave();
     }
 
     void startUpFollowsTheProfile()
@@ -149,7 +134,7 @@ private slots:
         QFETCH(QByteArray, written);
         QFETCH(int, stored);
         QFETCH(QString, line);
-        QFile skins(m_dir.filePath("Skins/test.conf"));
+        QFile skins(m_profile.filePath("Skins/test.conf"));
         QVERIFY(skins.open(QIODevice::WriteOnly));
         skins.write("[zedagui]\nSkinFile=Skins/test/test.xml\nComServerPort=" + written
                     + "\ntavosimServerPort=70000\n");

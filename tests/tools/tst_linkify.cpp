@@ -1,12 +1,13 @@
 // Link detection: what each kind of link finds in free text (data rows by
 // kind), the filters behind the phone patterns, the operations on lists of
 // links, HTML made readable, replaceable patterns, dial characters and custom
-// phone formats, and hostile text.
+// phone formats, hostile text; and the punctuation taken out of numbers.
 #include <QDate>
 #include <QElapsedTimer>
 #include <QtTest>
 
 #include "tools/CLinkify.h"
+#include "tools/PhoneNumberUtils.h"
 
 namespace {
 // "type uri" per link, in the order found.
@@ -381,6 +382,29 @@ private slots:
         QCOMPARE(described(CLinkify::findLinks(stripped, kAll, false)), QStringList({"4 tel:5551234"}));
         QVERIFY(CLinkify::stripHtml(QString("<!--").repeated(2000)).size() > 0);
         qDebug("hostile texts took %lld ms", clock.elapsed());
+    }
+
+    // The punctuation people type into numbers, and only that, goes.
+    void removePunctuation_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("north american") << "(555) 123-4567" << "5551234567";
+        QTest::newRow("plus kept") << "+1 555-123-4567" << "+15551234567";
+        QTest::newRow("other marks kept") << "555.123/4567,#*" << "555.123/4567,#*";
+        QTest::newRow("sip uri") << "sip:(555) 12" << "sip:55512";
+        QTest::newRow("tab kept") << "1\t2" << "1\t2";
+        QTest::newRow("only punctuation") << "( - ) " << "";
+        QTest::newRow("empty") << "" << "";
+        QTest::newRow("letters") << "1-800-FLOWERS" << "1800FLOWERS";
+        QTest::newRow("non-ascii") << QString::fromUtf8("（５５５） ２") << QString::fromUtf8("（５５５）２");
+    }
+
+    void removePunctuation()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, expected);
+        QCOMPARE(PhoneNumberUtils::removePunctuation(text), expected);
     }
 };
 

@@ -19,7 +19,7 @@ const QString kRemote = QStringLiteral("http://directory.test/soap");
 // The signals of one transaction.
 struct Watch {
     explicit Watch(CSoapTransaction* t)
-        : ready(t, &CSoapTransaction::ready), plain(t, &CSoapTransaction::readyPlainResponse),
+        : transaction(t), ready(t, &CSoapTransaction::ready), plain(t, &CSoapTransaction::readyPlainResponse),
           redirect(t, &CSoapTransaction::redirectUrlResponse), error(t, &CSoapTransaction::networkError)
     {
     }
@@ -31,11 +31,14 @@ struct Watch {
             QTest::qWait(20);
         return ended() > 0;
     }
+    // Sends the request and waits for its end.
+    bool send(int ms = 15000) { return transaction->sendRequest() && waitEnd(ms); }
     int ended() const { return ready.count() + plain.count() + redirect.count() + error.count(); }
     QNetworkReply::NetworkError lastError() const
     {
         return error.isEmpty() ? QNetworkReply::NoError : error.last().at(0).value<QNetworkReply::NetworkError>();
     }
+    CSoapTransaction* transaction;
     QSignalSpy ready, plain, redirect, error;
 };
 
@@ -141,8 +144,7 @@ private slots:
 
         // Reused: the same DOM goes again.
         Watch again(&t);
-        QVERIFY(t.sendRequest());
-        QVERIFY(again.waitEnd());
+        QVERIFY(again.send());
         QCOMPARE(again.ready.count(), 1);
     }
 
@@ -166,16 +168,14 @@ private slots:
         CSoapTransaction t("Directory");
         QVERIFY(t.prepareReqDom("Ping"));
         Watch w(&t);
-        QVERIFY(t.sendRequest());
-        QVERIFY(w.waitEnd());
+        QVERIFY(w.send());
         QCOMPARE(w.ready.count(), 1);
         QCOMPARE(reported.last().at(0).toString(), QStringLiteral("127.0.0.1:%1").arg(first.port()));
 
         first.stop();
         LogCatcher log;
         Watch retry(&t);
-        QVERIFY(t.sendRequest());
-        QVERIFY(retry.waitEnd());
+        QVERIFY(retry.send());
         QCOMPARE(retry.error.count(), 0);
         QCOMPARE(retry.ready.count(), 1);
         QCOMPARE(reported.last().at(0).toString(), QStringLiteral("localhost:%1").arg(last.port()));
@@ -188,8 +188,7 @@ private slots:
         // starts from its first proxy again.
         last.stop();
         Watch fail(&t);
-        QVERIFY(t.sendRequest());
-        QVERIFY(fail.waitEnd());
+        QVERIFY(fail.send());
         QCOMPARE(fail.error.count(), 1);
         QCOMPARE(failures.count(), 1);
         // Qt 5 names a tunnel's refused proxy in the text; its code varies (101, 99).
@@ -209,13 +208,11 @@ private slots:
         CSoapTransaction t("Directory");
         QVERIFY(t.prepareReqDom("Ping"));
         Watch w(&t);
-        QVERIFY(t.sendRequest());
-        QVERIFY(w.waitEnd());
+        QVERIFY(w.send());
         QCOMPARE(w.ready.count(), 1);
         first.stop();
         Watch fail(&t);
-        QVERIFY(t.sendRequest());
-        QVERIFY(fail.waitEnd());
+        QVERIFY(fail.send());
         QCOMPARE(fail.lastError(), QNetworkReply::ConnectionRefusedError);
         QCOMPARE(mgr()->proxyDataFor(kRemote).index, 0);
     }
@@ -236,8 +233,7 @@ private slots:
         report.setFollowRedirects(false);
         QVERIFY(report.prepareReqDom("Ping"));
         Watch r(&report);
-        QVERIFY(report.sendRequest());
-        QVERIFY(r.waitEnd());
+        QVERIFY(r.send());
         QCOMPARE(r.ready.count(), 0);
         QCOMPARE(r.redirect.count(), 1);
         QCOMPARE(r.redirect.at(0).at(0).toUrl(), QUrl(m_endpoint.url("/soap?there=1")));
@@ -412,8 +408,7 @@ private slots:
         QString value = QStringLiteral("v\u00e9");
         t.setCustomHeader(name, value);
         Watch w(&t);
-        QVERIFY(t.sendRequest());
-        QVERIFY(w.waitEnd());
+        QVERIFY(w.send());
         QCOMPARE(w.plain.count(), 1);
         QCOMPARE(w.ready.count(), 0);
         QVERIFY(w.plain.at(0).at(0).toString().contains("<text>raw body</text>"));
@@ -423,8 +418,7 @@ private slots:
         mgr()->getService("Directory")->setOperation(QNetworkAccessManager::GetOperation);
         CSoapTransaction get("Directory");
         Watch g(&get);
-        QVERIFY(get.sendRequest());
-        QVERIFY(g.waitEnd());
+        QVERIFY(g.send());
         QCOMPARE(text(get.responseDom(), "PingResponse"), QStringLiteral("pong"));
         QVERIFY(m_endpoint.lines().last().contains("GET /soap"));
 
