@@ -6,32 +6,19 @@
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QHostAddress>
-#include <QSocketNotifier>
 #include <csignal>
 #include <cstdio>
 #include <memory>
 #include <sys/prctl.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include "DbsDatabase.h"
 #include "DbsServer.h"
 #include "ProgramCommandLine.h"
+#include "StopSignals.h"
 #include "core/CTavoCoreCommunicator.h"
 #include "log/CTavoGuiLog.h"
 #include "log/GuiLog.h"
-
-namespace {
-int g_signalPipe[2] = {-1, -1};
-
-void onSignal(int)
-{
-    const char byte = 1;
-    // Nothing to do if the pipe is full: a stop is already on its way.
-    if (::write(g_signalPipe[1], &byte, 1) < 0)
-        return;
-}
-}  // namespace
 
 int main(int argc, char** argv)
 {
@@ -71,6 +58,14 @@ int main(int argc, char** argv)
         if (getppid() == 1)
             return 0;  // the parent is gone already
     }
+
+    // SIGTERM and SIGINT stop the event loop; installed before the databases
+    // open, so that a stop while they do still ends with exit code 0.
+    if (!stopsignals::install([] {
+            guiLog(2, "tgui-dbs: stopping");
+            QCoreApplication::quit();
+        }))
+        return 1;
 
     std::unique_ptr<CTavoGuiLog> log;
     if (cli.isSet(logServer)) {
@@ -113,22 +108,6 @@ int main(int argc, char** argv)
         dbs.addDatabase(std::move(db));
     }
 
-    // SIGTERM and SIGINT end the event loop through a pipe: a handler may not touch Qt.
-    if (::socketpair(AF_UNIX, SOCK_STREAM, 0, g_signalPipe) != 0) {
-        std::perror("tgui-dbs: socketpair");
-        return 1;
-    }
-    QSocketNotifier stopper(g_signalPipe[0], QSocketNotifier::Read);
-    QObject::connect(&stopper, &QSocketNotifier::activated, &app, [] {
-        guiLog(2, "tgui-dbs: stopping");
-        QCoreApplication::quit();
-    });
-    struct sigaction action = {};
-    action.sa_handler = onSignal;
-    sigemptyset(&action.sa_mask);
-    sigaction(SIGTERM, &action, nullptr);
-    sigaction(SIGINT, &action, nullptr);
-
     auto* com = new CTavoCoreCommunicator(serverAddress.toString(), portNumber, QStringLiteral("dbs"), false);
     dbs.setSender([com](int destination, const QByteArray& payload) {
         com->send(payload.constData(), GuiAppsT(destination), GuiAppsMsgDb);
@@ -148,8 +127,6 @@ int main(int argc, char** argv)
     const int code = app.exec();
     com->shutDown();
     delete com;
-    ::close(g_signalPipe[0]);
-    ::close(g_signalPipe[1]);
     hostGuiLog = nullptr;
     return code;
 }

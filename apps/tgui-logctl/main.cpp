@@ -4,6 +4,7 @@
 #include <QCoreApplication>
 #include <QStringList>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -50,6 +51,15 @@ int argumentsOf(const char* command)
 
 int main(int argc, char** argv)
 {
+    // A command takes milliseconds and has no loop to stop: SIGTERM and SIGINT
+    // wait until it is done (and end with it), so that a stop never leaves the
+    // shared configuration half written.
+    sigset_t stops;
+    sigemptyset(&stops);
+    sigaddset(&stops, SIGTERM);
+    sigaddset(&stops, SIGINT);
+    sigprocmask(SIG_BLOCK, &stops, nullptr);
+
     QCoreApplication app(argc, argv);
     app.setApplicationName(QStringLiteral("tgui-logctl"));
 

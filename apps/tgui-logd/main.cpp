@@ -99,15 +99,18 @@ int main(int argc, char** argv)
     fprintf(stderr, "tgui-logd: reading %s (%ld records of %ld bytes)\n", info.name,
             (long)attr.mq_maxmsg, (long)attr.mq_msgsize);
 
+    // The wait is bounded: a stop that comes between the check of g_stop and
+    // the start of the wait would otherwise wait for the next record.
+    const int waitTicks = qMax(1, rtosLinuxProtGetTicksPerSec() / 5);
     unsigned long long records = 0, ignored = 0;
     while (!g_stop && (limit < 0 || (long long)records < limit)) {
         int n = rtosProtMsgQReceive(draining, buffer.data(), (int)attr.mq_msgsize, -1);
         if (n < 0 && errno == EAGAIN) {
             fflush(out);
-            n = rtosProtMsgQReceive(waiting, buffer.data(), (int)attr.mq_msgsize, -1);
+            n = rtosProtMsgQReceive(waiting, buffer.data(), (int)attr.mq_msgsize, waitTicks);
         }
         if (n < 0) {
-            if (errno == EINTR || errno == EAGAIN)
+            if (errno == EINTR || errno == EAGAIN || errno == ETIMEDOUT)
                 continue;
             fprintf(stderr, "tgui-logd: receive failed: %s\n", strerror(errno));
             break;

@@ -10,6 +10,7 @@
 #include <QSslSocket>
 #include <QString>
 #include <QThread>
+#include <mutex>
 
 #include "core/AppDefs.h"
 
@@ -47,11 +48,15 @@ public:
     // effect at the next connection.
     void setSecure(bool secure) { m_secure = secure; }
     bool isSecure() const { return m_secure; }
-    QString serverAddress() const { return m_server; }
+    QString serverAddress() const
+    {
+        std::lock_guard<std::mutex> lock(m_serverMutex);
+        return m_server;
+    }
     int serverPort() const { return m_port; }
     QString appName() const { return m_appName; }
     GuiAppsT appId() const { return m_appId; }
-    bool isIdentified() const { return m_identified != 0; }
+    bool isIdentified() const { return m_identified.loadAcquire() != 0; }
 
 signals:
     void connectedAndIdentified();
@@ -95,11 +100,12 @@ protected:
     QThread m_thread;
     int m_bytesExpected = 0;
     GuiAppsT m_appId = GuiAppsNone;
-    int m_identified = 0;
+    QAtomicInt m_identified = 0;
     QList<coreComMsgT> m_queue;
     GuiAppsMsgHdrT m_header;
     bool m_secure = false;
-    QString m_server;
+    QString m_server;  // set on the socket's thread, read on any
+    mutable std::mutex m_serverMutex;
     int m_port = 0;
     QTimer* m_reconnectTimer = nullptr;
     QString m_appName;

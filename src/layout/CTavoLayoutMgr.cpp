@@ -986,7 +986,7 @@ void tavoToolSendAppMsg(const char* text, GuiAppsT destination, GuiAppsMsgTypeT 
 
 void CTavoLayoutMgr::Quit()
 {
-    bRebootInitiated = true;
+    __atomic_store_n(&bRebootInitiated, true, __ATOMIC_RELAXED);  // read by the core link's thread
     disconnect(this, &CTavoLayoutMgr::shutDown, this, &CTavoLayoutMgr::handleShutdown);
     disconnect(&m_db, &CTavoDb::tjdbRequest, this, &CTavoLayoutMgr::sendDbRequest);
     if (m_coreCom) {
@@ -998,7 +998,7 @@ void CTavoLayoutMgr::Quit()
 
 void CTavoLayoutMgr::QuitBrow()
 {
-    bRebootInitiated = true;
+    __atomic_store_n(&bRebootInitiated, true, __ATOMIC_RELAXED);  // read by the core link's thread
     disconnect();
     if (m_coreCom)
         m_coreCom->disconnect();

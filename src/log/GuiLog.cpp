@@ -14,16 +14,24 @@ Q_LOGGING_CATEGORY(lcTgui, "tgui")
 
 CTavoGuiLog* hostGuiLog = nullptr;
 
+namespace {
+// Switched by the core link's thread, read by every thread that logs.
+bool serverLogOn()
+{
+    return __atomic_load_n(&CTavoGuiLog::m_bEnabled, __ATOMIC_RELAXED);
+}
+}  // namespace
+
 void guiLog(UtilLogLevelT level, const char* format, ...)
 {
     if (!format)
         return;
     CTavoGuiLog* log = hostGuiLog;
-    if (log && CTavoGuiLog::m_bEnabled && log->dropsLevel(level))
+    if (log && serverLogOn() && log->dropsLevel(level))
         return;
     va_list args;
     va_start(args, format);
-    if (hostGuiLog && CTavoGuiLog::m_bEnabled) {
+    if (hostGuiLog && serverLogOn()) {
         hostGuiLog->log(level, format, args);
     } else {
         char buffer[16383 + 1];
@@ -37,7 +45,7 @@ void guiLogRaw(UtilLogLevelT level, const char* data)
 {
     if (!data)
         return;
-    if (hostGuiLog && CTavoGuiLog::m_bEnabled)
+    if (hostGuiLog && serverLogOn())
         hostGuiLog->logRaw(level, data);
     else
         qCDebug(lcTgui, "%.16383s", data);

@@ -136,7 +136,7 @@ bool UtilLogC::attachShared()
         return false;
     }
     sharedFd = id;
-    sharedBase = words;
+    __atomic_store_n(&sharedBase, words, __ATOMIC_RELEASE);
     return true;
 }
 
@@ -159,11 +159,11 @@ void UtilLogC::updateParamsFromSharedMemory()
             const uint32_t newLevel = entry.level;
             if (newLevel <= UTIL_LOG_LEVEL_NEVER)
                 __atomic_store_n(&level, (int)newLevel, __ATOMIC_RELAXED);
-            statsEnabled = entry.statsEnabled != 0;
+            __atomic_store_n(&statsEnabled, entry.statsEnabled != 0, __ATOMIC_RELAXED);
             break;
         }
     }
-    sharedGeneration = generation;
+    __atomic_store_n(&sharedGeneration, generation, __ATOMIC_RELAXED);
 }
 
 void UtilLogC::printLine(UtilLogLevelT, const char* text, int length)

@@ -42,9 +42,10 @@ public:
     // has work to do (a new shared generation, statistics, no segment yet).
     bool wouldDrop(UtilLogLevelT level)
     {
-        if (!connected || statsEnabled || level == UTIL_LOG_LEVEL_ALWAYS)
+        if (!connected || statsOn() || level == UTIL_LOG_LEVEL_ALWAYS)
             return false;
-        if (!sharedBase || __atomic_load_n(&sharedBase[1], __ATOMIC_ACQUIRE) != sharedGeneration)
+        volatile unsigned int* base = shared();
+        if (!base || __atomic_load_n(&base[1], __ATOMIC_ACQUIRE) != generationSeen())
             return false;
         return level > UTIL_LOG_LEVEL_MAX_FILTERED
                || level < __atomic_load_n(&this->level, __ATOMIC_RELAXED);
@@ -54,8 +55,8 @@ public:
     unsigned getMissedMessages() const { return __atomic_load_n(&missedMessages, __ATOMIC_RELAXED); }
     const char* getLabel() const { return label; }
     int getInstance() const { return instance; }
-    bool isStatsEnabled() const { return statsEnabled; }
-    void setStatsEnabled(bool enabled) { statsEnabled = enabled; }
+    bool isStatsEnabled() const { return statsOn(); }
+    void setStatsEnabled(bool enabled) { __atomic_store_n(&statsEnabled, enabled, __ATOMIC_RELAXED); }
 
 protected:
     void vlog_internal(UtilLogLevelT level, const char* format, va_list args,
@@ -68,19 +69,24 @@ private:
     // message of `level` goes out.
     bool admit(UtilLogLevelT level)
     {
-        if (sharedBase) {
-            if (__atomic_load_n(&sharedBase[1], __ATOMIC_ACQUIRE) != sharedGeneration)
+        if (volatile unsigned int* base = shared()) {
+            if (__atomic_load_n(&base[1], __ATOMIC_ACQUIRE) != generationSeen())
                 updateParamsFromSharedMemory();
         } else {
             attachIfDue();
         }
-        if (statsEnabled)
+        if (statsOn())
             updateLogStatistics(level);
         if (level == UTIL_LOG_LEVEL_ALWAYS)
             return true;
         return level <= UTIL_LOG_LEVEL_MAX_FILTERED
                && level >= __atomic_load_n(&this->level, __ATOMIC_RELAXED);
     }
+    // Every thread logs through one client: the segment, the generation seen
+    // and the statistics switch are set under m_mutex and read without it.
+    volatile unsigned int* shared() const { return __atomic_load_n(&sharedBase, __ATOMIC_ACQUIRE); }
+    unsigned int generationSeen() const { return __atomic_load_n(&sharedGeneration, __ATOMIC_RELAXED); }
+    bool statsOn() const { return __atomic_load_n(&statsEnabled, __ATOMIC_RELAXED); }
     void attachIfDue();
     bool attachShared();
     void addLogMessage(UtilLogLevelT level, const char* format, va_list args, unsigned dropped);

@@ -150,7 +150,7 @@ void CTavoAppMgr::terminateApplication(const QString& name)
         }
         return;
     }
-    bRebootInitiated = true;
+    __atomic_store_n(&bRebootInitiated, true, __ATOMIC_RELAXED);  // read by the core link's thread
     for (CTavoApplication* app : apps) {
         if (app->name().endsWith(QLatin1String("browser")))
             continue;

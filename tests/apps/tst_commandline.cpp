@@ -1,14 +1,19 @@
 // Every program's command line as a user meets it, through real processes:
 // --help and --version answer on standard output with exit code 0, and an
 // unknown option, a bad number or a bad address is one clear line on standard
-// error and exit code 2, before anything is opened, bound or created.
+// error and exit code 2, before anything is opened, bound or created. And
+// every program that runs until it is told to stop ends on SIGTERM or SIGINT
+// with exit code 0, by its own stop order rather than by the signal.
 #include <QDir>
 #include <QProcess>
+#include <QTcpServer>
 #include <QTemporaryDir>
 #include <QtTest>
+#include <csignal>
 
 namespace {
 const QString kBinDir = qEnvironmentVariable("TGUI_BIN_DIR", TGUI_BIN_DIR);
+const QString kRunDir = qEnvironmentVariable("TGUI_RUN_DIR", TGUI_SOURCE_DIR "/run");
 }  // namespace
 
 class TestCommandLine : public QObject
@@ -162,6 +167,86 @@ private slots:
         // Nothing was made in the working folder (no database, no log file).
         const QStringList made = QDir(m_dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden);
         QVERIFY2(made.isEmpty(), qPrintable(made.join(' ')));
+    }
+    // A program started as it is in use, told to stop once it has said that it
+    // runs. tgui-logctl is not here: a command takes milliseconds and holds
+    // the stop signals until it is done. tgui-child --ignore-term is meant to
+    // outlive SIGTERM (the supervision tests escalate to SIGKILL on it).
+    void stopsOnSignal_data()
+    {
+        QTest::addColumn<QString>("program");
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("running");  // printed once the stop signals are handled
+        QTest::addColumn<QString>("stopped");  // printed by the program's stop, if it prints one
+        QTest::addColumn<int>("signal");
+
+        for (int signal : {SIGTERM, SIGINT}) {
+            const char* name = signal == SIGTERM ? "SIGTERM" : "SIGINT";
+            QTest::addRow("tgui-core %s", name) << "tgui-core" << QStringList{"--port", "0"} << "LISTENING"
+                                               << "STOPPING" << signal;
+            QTest::addRow("tgui-dbs %s", name)
+                << "tgui-dbs" << QStringList{"--create", "--port", "@core", "--poll-interval", "0", "user.db"}
+                << "tgui-dbs: serving user" << "tgui-dbs: stopping" << signal;
+            QTest::addRow("tgui-logd %s", name) << "tgui-logd" << QStringList{"--unlink"} << "tgui-logd: reading"
+                                               << "tgui-logd: 0 records, 0 ignored" << signal;
+            QTest::addRow("tgui-soapd %s", name) << "tgui-soapd" << QStringList{"--port", "0"} << "LISTENING"
+                                                << "STOPPED after 0 requests" << signal;
+            QTest::addRow("tgui-child %s", name) << "tgui-child" << QStringList{"--print", "up", "--sleep", "-1"}
+                                                << "up" << QString() << signal;
+            QTest::addRow("zedagui %s", name) << "zedagui" << QStringList{"--deadline", "120000"}
+                                             << "zedagui: window shown" << "zedagui: stopping on a signal" << signal;
+        }
+    }
+    void stopsOnSignal()
+    {
+        QFETCH(QString, program);
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, running);
+        QFETCH(QString, stopped);
+        QFETCH(int, signal);
+
+        // A core that accepts and stays silent, for the programs that register with one.
+        QTcpServer core;
+        QVERIFY(core.listen(QHostAddress::LocalHost, 0));
+        arguments.replaceInStrings("@core", QString::number(core.serverPort()));
+        QTemporaryDir dir;
+        QVERIFY(dir.isValid());
+        if (program == "zedagui") {
+            QDir(dir.path()).mkpath("Skins");
+            QFile::link(kRunDir + "/Skins/default", dir.filePath("Skins/default"));
+            QFile::link(kRunDir + "/Skins/common", dir.filePath("Skins/common"));
+            QFile::copy(kRunDir + "/qt.conf", dir.filePath("qt.conf"));
+            QFile conf(dir.filePath("Skins/default.conf"));
+            QVERIFY(conf.open(QIODevice::WriteOnly));
+            conf.write("[zedagui]\nSkinFile=Skins/default/default.xml\nComServerIP=127.0.0.1\nComServerPort="
+                       + QByteArray::number(core.serverPort()) + "\n");
+        }
+        QProcess process;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("TGUI_LOG_QUEUE", QString("tst_commandline_stop_%1").arg(QCoreApplication::applicationPid()));
+        env.insert("TGUI_LOG_SHM_KEY", QString::number(0x5B000000 | (QCoreApplication::applicationPid() & 0xFFFFFF)));
+        process.setProcessEnvironment(env);
+        process.setProcessChannelMode(QProcess::MergedChannels);
+        process.setWorkingDirectory(dir.path());
+        process.start(kBinDir + "/" + program, arguments);
+        QVERIFY(process.waitForStarted());
+        QString output;
+        QTRY_VERIFY2_WITH_TIMEOUT((output += QString::fromLocal8Bit(process.readAll())).contains(running)
+                                      || process.state() == QProcess::NotRunning,
+                                  qPrintable(output), 60000);
+        QVERIFY2(process.state() == QProcess::Running, qPrintable(output));
+
+        ::kill(pid_t(process.processId()), signal);
+        if (!process.waitForFinished(20000)) {
+            process.kill();
+            process.waitForFinished();
+            QFAIL(qPrintable("the program did not stop: " + output));
+        }
+        output += QString::fromLocal8Bit(process.readAll());
+        QVERIFY2(process.exitStatus() == QProcess::NormalExit, qPrintable("ended by the signal: " + output));
+        QVERIFY2(process.exitCode() == 0, qPrintable(QString("exit code %1: %2").arg(process.exitCode()).arg(output)));
+        if (!stopped.isEmpty())
+            QVERIFY2(output.contains(stopped), qPrintable(output));
     }
 };
 

@@ -2,27 +2,43 @@
 // cutting across reads, misaddressed and rejected frames, retry timing, TLS
 // selection, shutdown, and the log lines of the link.
 #include <QElapsedTimer>
-#include <QMutex>
 #include <QSignalSpy>
 #include <QtTest>
+#include <mutex>
 
 #include "LoopbackPeer.h"
 #include "core/TavoGlobals.h"
 
 namespace {
-// Log lines arrive from the socket thread as well.
-QMutex logMutex;
+// Log lines arrive from the socket thread as well. (A standard mutex: the
+// ThreadSanitizer run sees its ordering, not that of Qt's.)
+std::mutex logMutex;
 QStringList logLines;
 void captureLog(QtMsgType, const QMessageLogContext&, const QString& text)
 {
-    QMutexLocker lock(&logMutex);
+    std::lock_guard<std::mutex> lock(logMutex);
     logLines.append(text);
 }
 bool logged(const QString& line)
 {
-    QMutexLocker lock(&logMutex);
+    std::lock_guard<std::mutex> lock(logMutex);
     return logLines.contains(line);
 }
+
+// The arguments of a signal emitted on the socket's thread, taken in on this
+// one: a QSignalSpy would append to its list on the emitting thread while the
+// test reads it here.
+class QueuedSpy : public QObject
+{
+public:
+    template <typename Signal> QueuedSpy(const CTavoCoreCommunicator* sender, Signal signal)
+    {
+        connect(sender, signal, this, [this](auto... args) { calls.append(QVariantList{QVariant::fromValue(args)...}); },
+                Qt::QueuedConnection);
+    }
+    int count() const { return calls.size(); }
+    QList<QVariantList> calls;
+};
 
 QByteArray toUs(const QByteArray& payload)
 {
@@ -57,13 +73,14 @@ private slots:
         r.got.clear();
         bRebootInitiated = false;
         qInstallMessageHandler(nullptr);
+        std::lock_guard<std::mutex> lock(logMutex);
         logLines.clear();
     }
 
     void registersFirstOnEachConnection()
     {
         open();
-        QSignalSpy identified(com.get(), &CTavoCoreCommunicator::connectedAndIdentified);
+        QueuedSpy identified(com.get(), &CTavoCoreCommunicator::connectedAndIdentified);
         QVERIFY(peer->waitForFrames(1));
         const PeerFrame& reg = peer->frames.first();
         QCOMPARE((QList<int>{reg.header.source, reg.header.destination, reg.header.msgType}), (QList<int>{1, 256, 0}));
@@ -189,12 +206,12 @@ private slots:
             port = probe.serverPort();
         }
         com.reset(new CTavoCoreCommunicator("127.0.0.1", port, "zedagui", false));
-        QSignalSpy refused(com.get(), &CTavoCoreCommunicator::socketConnectionError);
+        QueuedSpy refused(com.get(), &CTavoCoreCommunicator::socketConnectionError);
         connect(com.get(), &CTavoCoreCommunicator::messageReceived, &r, &Receiver::onMessage);
         QTRY_COMPARE(refused.count(), 1);
         QElapsedTimer since;
         since.start();
-        QCOMPARE(refused.first().first().toString(), QStringLiteral("zedagui"));
+        QCOMPARE(refused.calls.first().first().toString(), QStringLiteral("zedagui"));
         QVERIFY(logged("CoreCom Error Detected: The connection was refused by the peer (or timed "
                        "out) for the app:zedagui"));
         peer.reset(new LoopbackPeer);
@@ -265,7 +282,7 @@ private slots:
     {
         open();
         QVERIFY(peer->waitForFrames(1));
-        bRebootInitiated = true;
+        __atomic_store_n(&bRebootInitiated, true, __ATOMIC_RELAXED);
         peer->writeRaw(toUs("late"));
         com->send("ignored", GuiAppsTavoapp, GuiAppsMsgTxml);
         QTest::qWait(300);

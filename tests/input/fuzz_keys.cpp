@@ -174,5 +174,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (field->kateInput())
         field->kateInput()->onTimeout();
     w.ime->onTimeout();
+    // Deferred deletions and posted events run as in a GUI's event loop; a
+    // fuzzer has none, and what they hold would pile up input after input.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QCoreApplication::processEvents();
     return 0;
 }

@@ -82,7 +82,7 @@ private slots:
 
     void init()
     {
-        bRebootInitiated = false;
+        __atomic_store_n(&bRebootInitiated, false, __ATOMIC_RELAXED);
         m_peer.reset(new LoopbackPeer);
         const quint16 port = m_peer->start();
         QVERIFY(m_profile.enter(port, "SkinFile=Skins/test/test.xml\n"));
@@ -97,7 +97,7 @@ private slots:
     {
         deleteManager(m_mgr);
         m_peer.reset();
-        bRebootInitiated = false;
+        __atomic_store_n(&bRebootInitiated, false, __ATOMIC_RELAXED);
         tavoToolSet24HrsFormat(false);
         tavoToolsSetXt9Enabled(false);
         tavoToolSetTestAutomationFlag(false);

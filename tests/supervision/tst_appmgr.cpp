@@ -268,7 +268,7 @@ private slots:
         // The phone goes down while a child runs: its end is only logged.
         reboots->start();
         QVERIFY(reboots->waitForStarted(kStartMs));
-        bRebootInitiated = true;
+        __atomic_store_n(&bRebootInitiated, true, __ATOMIC_RELAXED);
         QVERIFY(reboots->waitForFinished(kStartMs));
         QCOMPARE(reboots->exitCode(), 5);
         QVERIFY(log.has("Ignored " + child + " start as phone is rebooting."));
