@@ -413,6 +413,21 @@ void CoreServer::step()
             askForReport(arg1);
             return;
         }
+        if (verb == QLatin1String("sync")) {
+            // A UI report is answered after every frame sent before it: its
+            // arrival says the peer has caught up, however slow it runs.
+            if (arg1.isEmpty()) {
+                out(QStringLiteral("SCENARIO line %1: sync needs <peer>").arg(m_line));
+                continue;
+            }
+            m_reportPeer = arg1;
+            m_reportFile.clear();
+            m_matchName.clear();
+            m_syncing = true;
+            m_waitTimeout.start(30000);
+            askForReport(arg1);
+            return;
+        }
         if (verb == QLatin1String("start")) {
             startPeer(arg1, tail);
             continue;
@@ -471,6 +486,11 @@ void CoreServer::onUiReport(const QString& peer, const QByteArray& xml)
 {
     if (m_reportPeer.isEmpty() || peer != m_reportPeer)
         return;
+    if (m_syncing) {
+        out(QStringLiteral("SYNC %1").arg(peer));
+        finishReportStep();
+        return;
+    }
     if (!m_reportFile.isEmpty()) {
         QFile file(m_reportFile);
         if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(xml) != xml.size())
@@ -498,6 +518,7 @@ void CoreServer::finishReportStep()
     m_reportPeer.clear();
     m_reportFile.clear();
     m_matchName.clear();
+    m_syncing = false;
     m_reportRetry.stop();
     m_waitTimeout.stop();
     m_stepTimer.start(0);

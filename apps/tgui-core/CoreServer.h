@@ -87,5 +87,6 @@ private:
     QString m_matchName;       // "expectreport": the widget's name,
     QString m_matchAttribute;  // its attribute
     QString m_matchValue;      // and the value looked for
+    bool m_syncing = false;    // "sync": any report will do
     QTimer m_reportRetry;
 };

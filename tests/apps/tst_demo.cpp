@@ -341,7 +341,9 @@ private slots:
                         near += qAbs(qRed(p) - qRed(colour)) + qAbs(qGreen(p) - qGreen(colour)) + qAbs(qBlue(p) - qBlue(colour)) < 40;
                     }
                 }
-                QVERIFY2(near > 20, qPrintable(QString("colour %1 in %2,%3").arg(colour, 0, 16).arg(area.x()).arg(area.y())));
+                // Small text: how many pixels reach the full colour depends on the
+                // build's glyph rendering (the ARM build's, about half as many).
+                QVERIFY2(near > 10, qPrintable(QString("colour %1 in %2,%3").arg(colour, 0, 16).arg(area.x()).arg(area.y())));
             }
         }
         // The child's line alone changes: stopped, then running again.

@@ -215,6 +215,12 @@ private slots:
 
     void hostBuiltWithFindPackage()
     {
+#if TGUI_CROSSCOMPILING
+        // The host example's own build would need this tree's sysroot and
+        // toolchain handed on, and pkg-config's paths split between the
+        // sysroot and the prefix: not done (see README, "32-bit ARM").
+        QSKIP("cross-compiled tree: the host example is built natively only");
+#endif
         const QString build = m_dir.filePath("host-cmake");
         const QString cxxFlags = QString::fromLatin1(TGUI_HOST_CXX_FLAGS);
         const QString linkFlags = QString::fromLatin1(TGUI_HOST_LINK_FLAGS);
@@ -233,6 +239,12 @@ private slots:
 
     void hostBuiltWithPkgConfig()
     {
+#if TGUI_CROSSCOMPILING
+        // The host example's own build would need this tree's sysroot and
+        // toolchain handed on, and pkg-config's paths split between the
+        // sysroot and the prefix: not done (see README, "32-bit ARM").
+        QSKIP("cross-compiled tree: the host example is built natively only");
+#endif
         const QString build = m_dir.filePath("host-pc");
         QProcessEnvironment env = m_env;
         env.insert("CXX", "ccache " TGUI_CXX_COMPILER);

@@ -283,7 +283,7 @@ private slots:
     }
 
     // The automation client: tgui-core waits until a report shows a label's new
-    // text, then saves one; a bad step is named and skipped.
+    // text, then saves one, then waits for any answer; a bad step is named and skipped.
     void coreWaitsForAValueAndSavesTheReport()
     {
         QFile scenario(m_profile.filePath("report.txt"));
@@ -293,6 +293,8 @@ private slots:
                        "expectreport zedagui title\n"
                        "expectreport zedagui title label=Bonjour tout le monde\n"
                        "report zedagui saved.xml\n"
+                       "sync\n"
+                       "sync zedagui\n"
                        "quit 0\n");
         scenario.close();
         QProcess core;
@@ -322,6 +324,9 @@ private slots:
         // Asked again until the label changed: more than one report came.
         QVERIFY(out.count("UIREPORT zedagui bytes=") >= 3);
         QVERIFY(out.contains(QRegularExpression("REPORT zedagui saved \\d+ bytes to .*saved.xml")));
+        // "sync" goes on at the next answer, whatever it shows.
+        QVERIFY2(out.contains("SCENARIO line 6: sync needs <peer>"), qPrintable(out));
+        QVERIFY(out.indexOf("SYNC zedagui") > out.indexOf("REPORT zedagui saved"));
         QFile saved(m_profile.filePath("saved.xml"));
         QVERIFY(saved.open(QIODevice::ReadOnly));
         QDomDocument document;
