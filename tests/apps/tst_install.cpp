@@ -9,6 +9,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <cstring>
+
 namespace {
 const QString kSource = qEnvironmentVariable("TGUI_SOURCE_DIR", TGUI_SOURCE_DIR);
 
@@ -38,15 +40,49 @@ Run run(const QString& program, const QStringList& args, const QProcessEnvironme
         result.exitCode = process.exitCode();
     return result;
 }
+// In a cross tree everything the test installs and builds lies inside the
+// sysroot, so that the cross compiler, CMake's re-rooted package search and
+// pkg-config's sysroot prefix all find it where the sysroot's own files are.
+QString workTemplate()
+{
+#if TGUI_CROSSCOMPILING
+    const QString tmp = QStringLiteral(TGUI_SYSROOT "/tmp");
+    QDir().mkpath(tmp);
+    return tmp + QStringLiteral("/tst_apps_install-XXXXXX");
+#else
+    return QDir::tempPath() + QStringLiteral("/tst_apps_install-XXXXXX");
+#endif
+}
 }  // namespace
 
 class TestInstall : public QObject
 {
     Q_OBJECT
-    QTemporaryDir m_dir;
+    QTemporaryDir m_dir{workTemplate()};
     QString m_prefix;
     QString m_libDir;
     QProcessEnvironment m_env;
+
+    // A program of the cross tree runs through the emulator, as the tree's own
+    // tests start theirs (emulated-bin): a wrapper beside the work files.
+    QString runnable(const QString& program)
+    {
+#if TGUI_CROSSCOMPILING
+        QString command;
+        for (const QString& word : QStringLiteral(TGUI_EMULATOR).split(QLatin1Char('|'), Qt::SkipEmptyParts))
+            command += QLatin1Char('\'') + word + QStringLiteral("' ");
+        const QString wrapper = m_dir.filePath(QStringLiteral("emulated-") + QFileInfo(program).fileName());
+        QFile file(wrapper);
+        if (!file.open(QIODevice::WriteOnly))
+            return program;
+        file.write(("#!/bin/sh\nexec " + command + "'" + program + "' \"$@\"\n").toUtf8());
+        file.close();
+        file.setPermissions(file.permissions() | QFileDevice::ExeOwner | QFileDevice::ExeUser);
+        return wrapper;
+#else
+        return program;
+#endif
+    }
 
     // Plays the host scenario with the installed tgui-core to `host`, started in
     // a run folder of its own made of the example's files and the core's port.
@@ -54,7 +90,7 @@ class TestInstall : public QObject
     {
         QProcess core;
         core.setProcessEnvironment(m_env);
-        core.start(m_prefix + "/bin/tgui-core", {"--port", "0", "--listen", "127.0.0.1", "--scenario",
+        core.start(runnable(m_prefix + "/bin/tgui-core"), {"--port", "0", "--listen", "127.0.0.1", "--scenario",
                                                  kSource + "/examples/host/host-scenario.txt"});
         QVERIFY(core.waitForStarted());
         QVERIFY2(core.waitForReadyRead(20000), core.readAllStandardError().constData());
@@ -76,7 +112,7 @@ class TestInstall : public QObject
         QVERIFY2(needed.output.contains("[libTGUILib.so." TGUI_SOVERSION "]"), qPrintable(needed.output));
         QVERIFY2(!needed.output.contains("WebKit") && !needed.output.contains("DBus"), qPrintable(needed.output));
 
-        const Run gui = run(host, {}, m_env, runDir, 60000);
+        const Run gui = run(runnable(host), {}, m_env, runDir, 60000);
         QVERIFY(core.waitForFinished(20000));
         const QString coreOut = QString::fromUtf8(core.readAll());
         QVERIFY2(gui.exitCode == 0, qPrintable(gui.output + "\n--- core:\n" + coreOut));
@@ -215,22 +251,20 @@ private slots:
 
     void hostBuiltWithFindPackage()
     {
-#if TGUI_CROSSCOMPILING
-        // The host example's own build would need this tree's sysroot and
-        // toolchain handed on, and pkg-config's paths split between the
-        // sysroot and the prefix: not done (see README, "32-bit ARM").
-        QSKIP("cross-compiled tree: the host example is built natively only");
-#endif
         const QString build = m_dir.filePath("host-cmake");
         const QString cxxFlags = QString::fromLatin1(TGUI_HOST_CXX_FLAGS);
         const QString linkFlags = QString::fromLatin1(TGUI_HOST_LINK_FLAGS);
-        const Run configure =
-            run(TGUI_CMAKE_COMMAND,
-                {"-S", kSource + "/examples/host", "-B", build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
-                 "-DCMAKE_PREFIX_PATH=" + m_prefix, "-DCMAKE_CXX_COMPILER=" TGUI_CXX_COMPILER,
-                 "-DCMAKE_CXX_COMPILER_LAUNCHER=ccache", "-DCMAKE_CXX_FLAGS=" + cxxFlags,
-                 "-DCMAKE_EXE_LINKER_FLAGS=" + linkFlags},
-                m_env);
+        QStringList args = {"-S", kSource + "/examples/host", "-B", build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
+                            "-DCMAKE_PREFIX_PATH=" + m_prefix, "-DCMAKE_CXX_COMPILER=" TGUI_CXX_COMPILER,
+                            "-DCMAKE_CXX_COMPILER_LAUNCHER=ccache", "-DCMAKE_CXX_FLAGS=" + cxxFlags,
+                            "-DCMAKE_EXE_LINKER_FLAGS=" + linkFlags};
+#if TGUI_CROSSCOMPILING
+        // The tree's own toolchain; the package search is re-rooted in the
+        // sysroot, where the prefix lies.
+        args << "-DCMAKE_TOOLCHAIN_FILE=" TGUI_TOOLCHAIN_FILE << "-DTGUI_ARMHF_SYSROOT=" TGUI_SYSROOT
+             << "-DCMAKE_PREFIX_PATH=" + m_prefix.mid(int(std::strlen(TGUI_SYSROOT)));
+#endif
+        const Run configure = run(TGUI_CMAKE_COMMAND, args, m_env);
         QVERIFY2(configure.exitCode == 0, qPrintable(configure.output));
         const Run compile = run(TGUI_CMAKE_COMMAND, {"--build", build, "-j", "2"}, m_env);
         QVERIFY2(compile.exitCode == 0, qPrintable(compile.output));
@@ -239,18 +273,22 @@ private slots:
 
     void hostBuiltWithPkgConfig()
     {
-#if TGUI_CROSSCOMPILING
-        // The host example's own build would need this tree's sysroot and
-        // toolchain handed on, and pkg-config's paths split between the
-        // sysroot and the prefix: not done (see README, "32-bit ARM").
-        QSKIP("cross-compiled tree: the host example is built natively only");
-#endif
         const QString build = m_dir.filePath("host-pc");
         QProcessEnvironment env = m_env;
         env.insert("CXX", "ccache " TGUI_CXX_COMPILER);
         env.insert("CXXFLAGS", TGUI_HOST_CXX_FLAGS);
         // Without CMake nothing records where the library lies: the run path does.
         env.insert("LDFLAGS", QString(TGUI_HOST_LINK_FLAGS) + " -Wl,-rpath," + m_libDir);
+#if TGUI_CROSSCOMPILING
+        // Qt's files come from the sysroot with its prefix; the install lies in
+        // the sysroot too, so pkg-config leaves its paths as they are.
+        env.insert("CXX", "ccache " TGUI_CXX_COMPILER " --sysroot=" TGUI_SYSROOT);
+        env.insert("LDFLAGS", QString(TGUI_HOST_LINK_FLAGS) + " -Wl,-rpath," + m_libDir + " -Wl,-rpath-link," + m_libDir);
+        env.insert("MOC", TGUI_HOST_MOC);
+        env.insert("PKG_CONFIG_SYSROOT_DIR", TGUI_SYSROOT);
+        env.insert("PKG_CONFIG_LIBDIR", TGUI_SYSROOT "/usr/lib/arm-linux-gnueabihf/pkgconfig:" TGUI_SYSROOT
+                                        "/usr/share/pkgconfig");
+#endif
         const Run compile = run("sh", {kSource + "/examples/host/build-with-pkg-config.sh", build}, env);
         QVERIFY2(compile.exitCode == 0, qPrintable(compile.output));
         playScenario(build + "/tgui-host", "pkgconfig");
