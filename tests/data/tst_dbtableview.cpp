@@ -502,8 +502,6 @@ private slots:
         QCOMPARE(f.findIndex("Missed"), 1);
         QCOMPARE(f.findIndex("nope"), -1);
         f.setName("calls", "direction", 1, false);
-        QCOMPARE(f.name(), QStringLiteral("calls"));
-        QCOMPARE(f.column(), QStringLiteral("direction"));
         QCOMPARE(f.currentSelection(), QStringLiteral("Missed"));
         f.setOptions({"Received", "Missed"});
         QCOMPARE(f.currentIndex(), 1);
