@@ -338,10 +338,9 @@ void CTavoKateInput::onModeSelected(const char* name)
 
 void CTavoKateInput::onEncodingSelected(InputEncodingT encoding)
 {
-    if (encoding < InputEncodingASCII || encoding > InputEncodingNone) {
-        guiLog(2, "CTavoKateInput: encoding %d unknown, using ASCII", int(encoding));
-        encoding = InputEncodingASCII;
-    }
+    // An unknown number takes the ASCII letters but is kept as the encoding.
+    if (encoding < InputEncodingASCII || encoding > InputEncodingNone)
+        guiLog(2, "CTavoKateInput: encoding %d unknown, using the ASCII letters", int(encoding));
     CTavoKateMap& letters = CTavoKateMap::alphanumericMap();
     switch (encoding) {
     case InputEncodingLatin:
