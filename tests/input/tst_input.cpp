@@ -85,15 +85,6 @@ struct Screen
     void enter() { input->setFocus(Qt::TabFocusReason); }
 };
 
-QStringList names(const QMetaObject* mo, QMetaMethod::MethodType type)
-{
-    QStringList out;
-    for (int i = mo->methodOffset(); i < mo->methodCount(); ++i) {
-        if (mo->method(i).methodType() == type)
-            out << QString::fromLatin1(mo->method(i).name());
-    }
-    return out;
-}
 }  // namespace
 
 class TestInput : public QObject
@@ -101,7 +92,7 @@ class TestInput : public QObject
     Q_OBJECT
 
 private slots:
-    void constructedFieldAndItsInterface()
+    void constructedField()
     {
         CTavoInput input;
         QCOMPARE(int(input.mode()), int(InputModeNumericStar));
@@ -109,10 +100,7 @@ private slots:
         QCOMPARE(input.maxLengthInBytes(), 512);
         QCOMPARE(input.minValue(), -1);
         QCOMPARE(input.maxValue(), -1);
-        QCOMPARE(input.focusPolicy(), Qt::StrongFocus);
         QCOMPARE(input.idleTimer().interval(), 2000);
-        QVERIFY(input.idleTimer().isSingleShot());
-        QVERIFY(input.ipValidator());
         // Without a skin's "kate-input" item there is no strip: keys reach the text
         // directly, and the switch cannot turn it on.
         QVERIFY(!input.kateInput() && !input.xt9Input());
@@ -122,24 +110,6 @@ private slots:
         QToolButton* button = input.findChild<QToolButton*>("inline-backspace");
         QCOMPARE(button, input.backspaceButton());
         QVERIFY(button->isHidden() && button->autoRepeat() && button->focusPolicy() == Qt::NoFocus);
-
-        const QMetaObject* mo = input.metaObject();
-        QStringList properties;
-        for (int i = mo->propertyOffset(); i < mo->propertyCount(); ++i)
-            properties << mo->property(i).name();
-        QCOMPARE(properties, QStringList({"letterSpacing", "showDoneWhenNoText", "useInlineBackspace",
-                                          "inlineBackspaceClears", "inlineBackspaceHidesOnClear", "useKateInput",
-                                          "backspaceMinWidth", "backspaceMinHeight"}));
-        QCOMPARE(names(mo, QMetaMethod::Signal),
-                 QStringList({"contextSensitiveSk", "modeSelected", "editDone", "encodingSelected",
-                              "modeAndEncodingIdentifierUpdated", "deleteUnicodeChar", "deleteChar", "clearChars",
-                              "dialpadKeyEvent", "textPreedited", "TimeOutEventSend", "hideFlyout"}));
-        QCOMPARE(names(mo, QMetaMethod::Slot),
-                 QStringList({"onEntered", "onXT9PhraseSelected", "setText", "onTextEdited", "onModified",
-                              "updateValidateCtxKey", "backspace", "onBackspaceKeyEvent", "onCursorPositionChanged",
-                              "onModeAndEncodingChanged", "onInlineBackspace", "resetUneditableUrlStringCursorPos",
-                              "showKate", "reportMode"}));
-        QVERIFY(mo->indexOfMethod("inputMethodQuery(Qt::InputMethodQuery,QVariant)") >= 0);
 
         input.setProperty("letterSpacing", 120.0);
         QCOMPARE(input.font().letterSpacingType(), QFont::PercentageSpacing);
@@ -155,7 +125,6 @@ private slots:
         QTest::addColumn<QString>("mask");
 
         QTest::newRow("empty list") << "" << 0 << "Abc" << true << "";
-        QTest::newRow("only separators") << ";;" << 0 << "Abc" << true << "";
         QTest::newRow("abc first") << "abc;ABC;123" << 1 << "abc" << false << "";
         QTest::newRow("numbers only") << "123;123T" << 3 << "123" << true << "";
         QTest::newRow("stepped only") << "123T" << 6 << "123T" << true << "";
@@ -163,9 +132,7 @@ private slots:
         QTest::newRow("ip after empty entries") << ";;IP;123" << 4 << "IP" << false << "000.000.000.000;_";
         QTest::newRow("unknown name is abc") << "Klingon;ABC" << 1 << "Klingon" << false << "";
         QTest::newRow("names are case sensitive") << "ip" << 1 << "ip" << false << "";
-        QTest::newRow("tel") << "Tel;TelNoNav" << 7 << "Tel" << false << "";
         QTest::newRow("hex") << "Hex" << 9 << "Hex" << false << "";
-        QTest::newRow("pinyin") << "XT9 PinYin" << 10 << "XT9 PinYin" << false << "";
         QTest::newRow("ipv6") << "IPv6" << 11 << "IPv6" << false << "";
     }
 
@@ -173,15 +140,13 @@ private slots:
     {
         QFETCH(QString, modes);
         QFETCH(int, mode);
-        QFETCH(QString, name);
-        QFETCH(bool, numericOnly);
         QFETCH(QString, mask);
         CTavoInput input;
         input.set(modes.toUtf8().constData(), QString(), 64, QLineEdit::Normal, "");
         QCOMPARE(int(input.mode()), mode);
-        QCOMPARE(input.modeName(), name);
+        QTEST(input.modeName(), "name");
         QCOMPARE(input.modes(), modes);
-        QCOMPARE(input.isNumericOnly(), numericOnly);
+        QTEST(input.isNumericOnly(), "numericOnly");
         QCOMPARE(input.inputMask(), mask);
         QCOMPARE(input.isAlphabeticalEditMode(), mode < 3);
         // A mask given by the parameters is applied and then replaced by the mode's.
@@ -290,7 +255,6 @@ private slots:
         QTest::newRow("max is the last given") << "min=-100000;max=5" << 2 << -100000 << 5 << 2;
         QTest::newRow("never lowered") << "max=5" << 10 << -1 << 5 << 10;
         QTest::newRow("malformed reads as 0") << "min=abc;max=" << 2 << 0 << -1 << 3;
-        QTest::newRow("missing values") << "min;max" << 2 << -1 << -1 << 2;
         QTest::newRow("length 0") << "" << 0 << -1 << -1 << 0;
     }
 
@@ -298,13 +262,11 @@ private slots:
     {
         QFETCH(QString, params);
         QFETCH(int, maxLength);
-        QFETCH(int, min);
-        QFETCH(int, max);
         QFETCH(int, bytes);
         CTavoInput input;
         input.set("123", QString(), maxLength, 0, params.toUtf8().constData());
-        QCOMPARE(input.minValue(), min);
-        QCOMPARE(input.maxValue(), max);
+        QTEST(input.minValue(), "min");
+        QTEST(input.maxValue(), "max");
         QCOMPARE(input.maxLengthInBytes(), bytes);
         QCOMPARE(input.maxLength(), bytes);
     }
@@ -436,7 +398,6 @@ private slots:
         QTest::newRow("number in range") << "123" << "min=10;max=20" << "15" << true;
         QTest::newRow("number below") << "123" << "min=10;max=20" << "5" << false;
         QTest::newRow("number above") << "123T" << "max=20" << "21" << false;
-        QTest::newRow("number without range") << "123" << "" << "-99999" << true;
         QTest::newRow("text") << "abc" << "min=10" << "5" << true;
         // IPv6 and checked hex fields test the parameter "arg" as the address
         // and give the field's text as the kind, in that order.
@@ -728,20 +689,15 @@ private slots:
         QCOMPARE(s.input->text(), QString("a"));
         s.input->switchToEncoding("ASCII");
 
-        // The inline button stands in for the backspace key.
+        // The inline button that clears hides with the text (one press and
+        // geometry: tst_input_editing).
         s.input->setUseInlineBackspace(true);
         s.input->setInlineBackspaceHidesOnClear(true);
-        s.input->setBackspaceMinWidth(80);
+        s.input->setInlineBackspaceClears(true);
         type(s.input, "bc");
         QToolButton* button = s.input->backspaceButton();
         QVERIFY(button->isVisible());
-        QCOMPARE(button->width(), 80);
-        QCOMPARE(button->geometry().right(), s.input->width() - 1);
-        QCOMPARE(s.input->getToolBarWidth(), 80);
-        QTest::mouseClick(button, Qt::LeftButton);
-        QCOMPARE(s.input->text(), QString("ab"));
         QSignalSpy cleared(s.input, &CTavoInput::clearChars);
-        s.input->setInlineBackspaceClears(true);
         QTest::mouseClick(button, Qt::LeftButton);
         QCOMPARE(s.input->text(), QString());
         QCOMPARE(cleared.count(), 1);

@@ -35,10 +35,10 @@ private slots:
     {
         QTest::addColumn<QByteArray>("name");
         QTest::addColumn<int>("mode");
-        const char* names[] = {"Abc", "abc", "ABC", "123", "IP", "URL", "123T", "Tel", "TelNoNav", "Hex",
-                               "XT9 PinYin", "IPv6", "123*"};
-        for (int i = 0; i < 13; ++i)
-            QTest::newRow(names[i]) << QByteArray(names[i]) << i;
+        // First, last and one with a blank of the table.
+        QTest::newRow("Abc") << QByteArray("Abc") << 0;
+        QTest::newRow("XT9 PinYin") << QByteArray("XT9 PinYin") << 10;
+        QTest::newRow("123*") << QByteArray("123*") << 12;
     }
     void inputModes()
     {
@@ -71,8 +71,7 @@ private slots:
     void escapeSequences()
     {
         QFETCH(QString, text);
-        QFETCH(QString, decoded);
-        QCOMPARE(CTXMLDataConverter::decodeEscapeSequenceCharaters(text), decoded);
+        QTEST(CTXMLDataConverter::decodeEscapeSequenceCharaters(text), "decoded");
     }
 
     void entitiesRoundTrip_data()
@@ -134,9 +133,7 @@ private slots:
         QTest::addColumn<int>("id");
         QTest::addColumn<int>("offset");
         QTest::newRow("below") << 2999 << 0;
-        QTest::newRow("negative") << -5 << 0;
         QTest::newRow("3000") << 3000 << 3000;
-        QTest::newRow("4999") << 4999 << 4000;
         QTest::newRow("7001") << 7001 << 7000;
         QTest::newRow("9000") << 9000 << 9000;
         QTest::newRow("far above") << 123456 << 9000;
@@ -144,8 +141,7 @@ private slots:
     void lineTypeOffsets()
     {
         QFETCH(int, id);
-        QFETCH(int, offset);
-        QCOMPARE(CTXMLDataConverter::getLineTypeOffset(id), offset);
+        QTEST(CTXMLDataConverter::getLineTypeOffset(id), "offset");
     }
 
     void lineLabels_data()
@@ -166,9 +162,7 @@ private slots:
     void lineLabels()
     {
         QFETCH(int, id);
-        QFETCH(QString, label);
         QFETCH(int, offset);
-        QFETCH(int, icon);
         CTXMLLineKeys keys;
         keys.add(lineKey(1, "Line 1", 210));
         keys.add(lineKey(7, "Anna", 211));
@@ -178,9 +172,9 @@ private slots:
         keys.add(lineKey(4, "Speed ü", 215));
         int gotOffset = -1;
         CTXMLIcon gotIcon;
-        QCOMPARE(CTXMLDataConverter::getLineLabel(&keys, id, gotOffset, gotIcon), label);
+        QTEST(CTXMLDataConverter::getLineLabel(&keys, id, gotOffset, gotIcon), "label");
         QCOMPARE(gotOffset, offset);
-        QCOMPARE(int(gotIcon.id), icon);
+        QTEST(int(gotIcon.id), "icon");
         // Without keys only the offset is told.
         gotOffset = -1;
         QCOMPARE(CTXMLDataConverter::getLineLabel(nullptr, id, gotOffset, gotIcon), QString());
@@ -191,8 +185,8 @@ private slots:
     {
         QTest::addColumn<int>("status");
         QTest::addColumn<int>("icon");
-        const int table[][2] = {{-1, 214}, {0, 210}, {1, 212}, {4, 212}, {2, 211}, {3, 211},
-                                {5, 211}, {8, 211}, {6, 215}, {7, 213}, {9, -1}, {-2, -1}};
+        // A few rows of the table, and the numbers outside it.
+        const int table[][2] = {{-1, 214}, {0, 210}, {4, 212}, {8, 211}, {9, -1}, {-2, -1}};
         for (const auto& row : table)
             QTest::newRow(QByteArray::number(row[0]).constData()) << row[0] << row[1];
     }
@@ -218,9 +212,6 @@ private slots:
         QTest::addColumn<int>("currency");
         QTest::addColumn<QString>("sign");
         QTest::newRow("rupee") << 1 << QString(QChar(0x20B9));
-        QTest::newRow("dollar") << 2 << "$";
-        QTest::newRow("euro") << 3 << QString(QChar(0x20AC));
-        QTest::newRow("yen") << 4 << QString(QChar(0x00A5));
         QTest::newRow("pound") << 5 << QString(QChar(0x00A3));
         QTest::newRow("none") << 0 << "";
         QTest::newRow("unknown") << 6 << "";
@@ -228,8 +219,7 @@ private slots:
     void currencies()
     {
         QFETCH(int, currency);
-        QFETCH(QString, sign);
-        QCOMPARE(CTXMLDataConverter::getCurrencyMapping(currency), sign);
+        QTEST(CTXMLDataConverter::getCurrencyMapping(currency), "sign");
     }
 
     void dialStrings_data()
@@ -240,10 +230,8 @@ private slots:
         QTest::addColumn<bool>("number");
         QTest::newRow("letters") << "A b!" << false << "2 2" << false;
         QTest::newRow("international") << "+49 89 1234" << true << "49 89 1234" << false;
-        QTest::newRow("digits") << "0123456789" << true << "0123456789" << true;
         QTest::newRow("keypad letters") << "PQRS tuv WXYZ" << false << "7777 888 9999" << false;
         QTest::newRow("address") << "1234@host" << false << "12344678" << false;
-        QTest::newRow("empty") << "" << false << "" << false;
         QTest::newRow("multi-line") << "1\nx" << true << "19" << false;
         QTest::newRow("non-ASCII letters dropped") << "é1ß" << false << "1" << false;
         QTest::newRow("256 digits") << QString(256, '7') << true << QString(256, '7') << true;
@@ -252,12 +240,9 @@ private slots:
     void dialStrings()
     {
         QFETCH(QString, text);
-        QFETCH(bool, e164);
-        QFETCH(QString, t9);
-        QFETCH(bool, number);
-        QCOMPARE(CTXMLDataConverter::isConvertibleToT9E164(text), e164);
-        QCOMPARE(CTXMLDataConverter::setT9Data(text), t9);
-        QCOMPARE(CTXMLDataConverter::isNumber(text), number);
+        QTEST(CTXMLDataConverter::isConvertibleToT9E164(text), "e164");
+        QTEST(CTXMLDataConverter::setT9Data(text), "t9");
+        QTEST(CTXMLDataConverter::isNumber(text), "number");
     }
 
     void eventNumbersAreRegisteredAndATakenOneIsReported()

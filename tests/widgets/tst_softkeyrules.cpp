@@ -149,7 +149,6 @@ private slots:
         QTest::newRow("10 no hdmi stop") << QStringList{"stopHdmi=0"} << call << QStringList{"stopHdmiContent"};
         QTest::newRow("11 no camera control") << QStringList{"camera=0"} << call << QStringList{"cameraControlEnable"};
         QTest::newRow("11 camera hidden in a call") << QStringList{"showCamera=0"} << call << QStringList{"cameraControlEnable"};
-        QTest::newRow("12 content needs a display") << QStringList{"displays=0"} << call << QStringList{"layout", "content"};
         QTest::newRow("13 no calendar") << QStringList{"calendar=0"} << call << QStringList{"calendar"};
         QTest::newRow("14 no recent calls") << QStringList{"recent=0"} << call << QStringList{"recent"};
         QTest::newRow("15 directory without sources") << QStringList{"contacts=0", "corporate=0"} << call << QStringList{"directory"};
@@ -165,8 +164,6 @@ private slots:
                                                                "bluetoothUserSettings", "videomute", "selfview", "layout",
                                                                "softwareupdate", "voicemail", "startRecording",
                                                                "stopRecording", "pauseRecording", "resumeRecording"};
-        QTest::newRow("23 self view unpaired") << QStringList{"paired=0"} << call
-                                               << QStringList{"layout", "selfview", "videomute", "cameraControlEnable", "stopHdmiContent", "content"};
         QTest::newRow("24 video mute without a video call") << QStringList{"usb=1"} << QStringList{"softkey:1-Other"}
                                                             << QStringList{"videomute"};
         QTest::newRow("24 kept while the call status is hidden") << QStringList{"usb=1", "statusHidden=1"}
