@@ -4,6 +4,7 @@
 // block and the tiles' places are proven on the demo's pixels.
 #include <QtTest>
 
+#include <QPainter>
 #include <QSvgRenderer>
 
 #include "style/CTavoIconRepository.h"
@@ -165,7 +166,7 @@ private slots:
                     drawnPixels += qAlpha(a) > 128;
                 }
             }
-            // Rounding of another Qt build may move an edge pixel a little, never more.
+            // Another Qt build may round an edge pixel a little differently, never more.
             QVERIFY2(worst <= 24 && drawnPixels > 60,
                      qPrintable(QString("%1: differs by %2, %3 drawn").arg(name).arg(worst).arg(drawnPixels)));
         }
