@@ -9,6 +9,8 @@
 namespace {
 // Every cell is both shown and edited as its value.
 const QVector<int> kCellRoles = {Qt::DisplayRole, Qt::EditRole};
+// Rows a batch may leave empty before its own place.
+const int kMaxRowGap = 65536;
 
 long long idOf(const TJDB::CTJDbResp& response, int row, int column)
 {
@@ -278,22 +280,27 @@ void CTavoDbTable::appendRows(TJDB::CTJDbResp& response, int columns, int rows, 
             emit dataChanged(index(start, 0), index(end, lastColumn), kCellRoles);
         return;
     }
-    // Rows are placed by position, so batches may come in any order; but a
-    // batch beyond the end would leave a hole of rows nobody sends.
-    if (start > m_data.size()) {
+    // Never more new rows than the batch brings, whatever element 12 says.
+    end = int(qMin<qint64>(end, qint64(start) + rows - 1));
+    // Rows are placed by position, so the batches of a synchronisation may
+    // come in any order: rows before a batch that overtook others stay empty
+    // until their own batch comes. A gap wider than any phone table is a
+    // broken answer, not an early batch.
+    if (start > m_data.size() && (end < start || start - m_data.size() > kMaxRowGap)) {
         guiLog(4, "CTavoDbTable::appendRows failed, nStartRow = %d, nEndRow = %d, m_data.size = %d", start, end,
                m_data.size());
         return;
     }
-    // Never more new rows than the batch brings, whatever element 12 says.
-    end = qMin(end, start + rows - 1);
 
     int firstNew = m_data.size();
     if (m_data.size() <= end) {
+        QList<QVariant> empty;
+        for (int c = 0; c < m_header.size(); ++c)
+            empty.append(emptyCell(c));
         // The new rows carry their cells already when views hear of them.
         beginInsertRows(QModelIndex(), firstNew, end);
         for (int r = firstNew; r <= end; ++r)
-            m_data.append(buildRow(response, r - start));
+            m_data.append(r < start ? empty : buildRow(response, r - start));
         endInsertRows();
     } else {
         firstNew = end + 1;

@@ -195,6 +195,9 @@ QPixmap* CIconResource::getCachedSvgPixmap(const QSize& size, bool inverted)
         QSvgRenderer renderer(file);
         QPainter painter(pixmap);
         renderer.render(&painter);
+        painter.end();
+        // The cached copy does without the paint engine the drawing left behind.
+        *pixmap = pixmap->copy();
     }
     gSvgPixmapCache.insert(key, pixmap);
     return pixmap;

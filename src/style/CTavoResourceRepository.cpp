@@ -18,9 +18,10 @@ QPixmap rasterise(QSvgRenderer* renderer, const QSize& size)
     painter.setRenderHints(QPainter::SmoothPixmapTransform | QPainter::Antialiasing);
     renderer->render(&painter);
     painter.end();
-    // Without this the raster backend widens the pixmap to 32 bits and the
-    // 16-bit form saves nothing.
-    return QPixmap::fromImage(image, Qt::NoFormatConversion);
+    // An image keeps the paint engine it was drawn with (a few kB) for as long as
+    // it lives; the kept copy is made without one. NoFormatConversion: otherwise
+    // the raster backend widens the pixmap to 32 bits and the 16-bit form saves nothing.
+    return QPixmap::fromImage(image.copy(), Qt::NoFormatConversion);
 }
 
 // Vectors are rasterised at sizes a screen can show; anything larger is a skin error.

@@ -287,7 +287,9 @@ void CTavoSoftkey::set(const CTXMLSoftkeys& keys, QList<int>& excluded, SoftkeyL
         if (!m_renderMoreAsFlyout) {
             mocSoftkeys(keys, excluded);
         } else {
-            CTXMLSoftkeys& merged = m_merged;
+            if (!m_merged)
+                m_merged.reset(new CTXMLSoftkeys);
+            CTXMLSoftkeys& merged = *m_merged;
             merged.reset(keys.elementType);
             for (const QPair<QString, QString>& entry : qAsConst(permanent)) {
                 const QByteArray label = tr(entry.first.toUtf8().constData()).toUtf8();

@@ -17,6 +17,8 @@
 #include <QTimer>
 #include <QVector>
 
+#include <memory>
+
 #include "CTXMLSoftkeys.h"
 #include "layout/CTavoLayoutWidget.h"
 #include "widgets/CTavoFlyoutCluster.h"
@@ -243,6 +245,8 @@ private:
     bool m_iconsInverted;
     bool m_analyticsEnabled;
     bool m_timerConnected;
-    CTXMLSoftkeys m_merged;  // scratch of the permanent keys' merge, kept to spare the stack
+    // Scratch of the permanent keys' merge (48 kB): made by the first merge, kept
+    // to spare the stack; bars without permanent keys never make it.
+    std::unique_ptr<CTXMLSoftkeys> m_merged;
     QMap<CTavoLabelWidget*, int> m_resizedLabels;  // labels made smaller, with their own size
 };

@@ -230,27 +230,38 @@ private slots:
         CTJDbResp sync = dbResponse("t", NotificationSync, {"rowid", "name"}, contactRows(1, 2), 10);
         table.updateData(sync);
 
-        // A batch beyond the end would leave rows nobody sends: dropped whole.
-        CTJDbResp gap = dbResponse("t", NotificationSync, {"rowid", "name"}, contactRows(6, 7), 10, 5);
+        // A batch that overtook others takes its place; the rows before it
+        // stay empty until their own batch comes.
+        CTJDbResp early = dbResponse("t", NotificationSync, {"rowid", "name"}, contactRows(6, 7), 10, 5);
         QTest::ignoreMessage(QtDebugMsg, "Synchronizing table with 2 rows and 2 columns");
-        QTest::ignoreMessage(QtDebugMsg, "CTavoDbTable::appendRows failed, nStartRow = 5, nEndRow = 6, m_data.size = 2");
-        table.updateData(gap);
-        QCOMPARE(table.rowCount(), 2);
+        table.updateData(early);
+        QCOMPARE(table.rowCount(), 7);
+        QCOMPARE(table.rowId(2), -1LL);
+        QCOMPARE(table.rowIndex(7), 6);
 
         // A last row far beyond the batch adds only the rows the batch has.
         CTJDbResp wide = dbResponse("t", NotificationSync, {"rowid", "name"}, contactRows(3, 4), 10, 2);
         wide.set(ReqElementEndRow, 2000000000);
         QTest::ignoreMessage(QtDebugMsg, "Synchronizing table with 2 rows and 2 columns");
         table.updateData(wide);
-        QCOMPARE(table.rowCount(), 4);
+        QCOMPARE(table.rowCount(), 7);
+        QCOMPARE(cells(table, 3), (QStringList{"4", "name 4"}));
 
         // A batch with more rows than its range: the rows beyond it are logged.
-        CTJDbResp over = dbResponse("t", NotificationSync, {"rowid", "name"}, contactRows(3, 5), 10, 2);
-        over.set(ReqElementEndRow, 2);
+        CTJDbResp over = dbResponse("t", NotificationSync, {"rowid", "name"}, contactRows(5, 7), 10, 4);
+        over.set(ReqElementEndRow, 4);
         QTest::ignoreMessage(QtDebugMsg, "Synchronizing table with 3 rows and 2 columns");
-        QTest::ignoreMessage(QtDebugMsg, "CTavoDbTable::appendRows failed, nStartRow = 2, nEndRow = 2, m_data.size = 4");
+        QTest::ignoreMessage(QtDebugMsg, "CTavoDbTable::appendRows failed, nStartRow = 4, nEndRow = 4, m_data.size = 7");
         table.updateData(over);
-        QCOMPARE(table.rowCount(), 4);
+        QCOMPARE(table.rowCount(), 7);
+        QCOMPARE(table.rowId(4), 5LL);
+
+        // A place no table reaches is a broken answer: dropped whole.
+        CTJDbResp far = dbResponse("t", NotificationSync, {"rowid", "name"}, contactRows(8, 9), 10, 2147483645);
+        QTest::ignoreMessage(QtDebugMsg, "Synchronizing table with 2 rows and 2 columns");
+        QTest::ignoreMessage(QtDebugMsg, "CTavoDbTable::appendRows failed, nStartRow = 2147483645, nEndRow = 2147483646, m_data.size = 7");
+        table.updateData(far);
+        QCOMPARE(table.rowCount(), 7);
 
         // Missing numbers count as 0; a short batch row gets empty cells.
         CTJDbResp bare;
