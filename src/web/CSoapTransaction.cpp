@@ -172,8 +172,9 @@ bool CSoapTransaction::sendRequest()
            int(m_networkRequest->sslConfiguration().protocol()));
 
     if (m_service->operation() == QNetworkAccessManager::PostOperation) {
-        const QString& body = m_rawBody.isEmpty() ? m_request : m_rawBody;
-        m_reply = m_accessMgr->post(*m_networkRequest, body.toUtf8());
+        if (!m_rawBody.isEmpty())
+            m_request = m_rawBody;
+        m_reply = m_accessMgr->post(*m_networkRequest, m_request.toUtf8());
     } else {
         m_reply = m_accessMgr->get(*m_networkRequest);
     }

@@ -412,6 +412,7 @@ private slots:
         QCOMPARE(w.plain.count(), 1);
         QCOMPARE(w.ready.count(), 0);
         QVERIFY(w.plain.at(0).at(0).toString().contains("<text>raw body</text>"));
+        QVERIFY(t.request().contains("<text>raw body</text>"));
         QCOMPARE(t.status(), int(CSoapTransaction::StatusDone));
 
         // A GET for a service whose operation is not a post.
