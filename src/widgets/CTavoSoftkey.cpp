@@ -1163,8 +1163,9 @@ void CTavoSoftkey::evaluatePermanentSoftkeyVisibilities(const CTXMLSoftkeys& key
         for (const char* uri : uris)
             removeItemWithUri(list, QString::fromLatin1(uri));
     };
+    // With a URI listed twice, the later entry is the one relabelled.
     auto indexOf = [&list](const char* uri) {
-        for (int i = 0; i < list.size(); ++i)
+        for (int i = list.size() - 1; i >= 0; --i)
             if (list.at(i).second == QLatin1String(uri))
                 return i;
         return -1;
