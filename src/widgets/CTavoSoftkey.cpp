@@ -537,8 +537,8 @@ void CTavoSoftkey::mocSoftkeys(const CTXMLSoftkeys& keys, const QList<int>& excl
             CTXMLSoftkey& slot = m_softkeys[i];
             slot = k;
             slot.flyout.reset();
-            if (k.groupLabel[0])
-                txml::copyText(slot.label, sizeof slot.label, k.groupLabel);
+            // A choice key is named by its group; its own label lists the choices.
+            txml::copyText(slot.label, sizeof slot.label, k.groupLabel);
             const QStringList values = QString::fromUtf8(k.valueList).split(QLatin1Char(';'));
             const QStringList labels = QString::fromUtf8(k.label).split(QLatin1Char(';'));
             if (values.size() == labels.size() && !values.isEmpty()) {

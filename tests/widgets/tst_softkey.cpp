@@ -305,8 +305,11 @@ private slots:
     {
         Host host("");
         host.deliver(keys({key("Low;Mid;High", "volume", 0, "values=\"1;2;3\" group=\"Volume\" default=\"1\""),
-                           key("A;B", "broken", 1, "values=\"1;2;3\" group=\"Broken\"")}));
-        QCOMPARE(row(host.bar), QStringList({"Volume", "Broken"}));
+                           key("A;B", "broken", 1, "values=\"1;2;3\" group=\"Broken\""),
+                           key("X;Y", "nogroup", 2, "values=\"x;y\"")}));
+        // A choice key shows its group label, even an empty one.
+        QCOMPARE(row(host.bar), QStringList({"Volume", "Broken", ""}));
+        QCOMPARE(host.bar->softkeys()[2].flyout.count(), 2);
         const CTXMLSoftkey& volume = host.bar->softkeys()[0];
         QCOMPARE(volume.flyout.count(), 3);
         QCOMPARE(QByteArray(volume.flyout[2].label), QByteArray("High"));
