@@ -358,7 +358,7 @@ void CTavoSoftkey::set(const CTXMLSoftkeys& keys, QList<int>& excluded, SoftkeyL
                     createButtons(next + 1);
                     TavoButtonSettings settings = CTXMLDataConverter::getButtonDefFromXml(&m_softkeys[index]);
                     if (next < m_buttons.size())
-                        initButton(m_buttons[next], settings, QString(), QString());
+                        initButton(m_buttons[next], settings, getPseudostateForUrl(uriText(TxmlUriMore)), QString());
                     moreAdded = true;
                     ++next;
                     --i;

@@ -436,6 +436,12 @@ private slots:
         // The empty alternative of the "green" pattern matches every URL at its start.
         for (const char* url : {"softkey:1-Answer", "softkey:14-End", "anything"})
             QCOMPARE(host.bar->getPseudostateForUrl(url), QString("green"));
+        // A More key within the row is coloured like any key; the one ending the last page is not.
+        Host paged("put-more-sk-at-page-end: true;");
+        paged.bar->setCallStateColorStyles();
+        paged.deliver(sixKeys());
+        QCOMPARE(paged.bar->button(3)->pseudoState(), QString("green"));
+        QCOMPARE(paged.bar->button(7)->pseudoState(), QString());
     }
 
     void labelsOfARowStayWithinTwoPointsOfTheSmallest()
