@@ -303,8 +303,9 @@ void CTavoSoftkey::set(const CTXMLSoftkeys& keys, QList<int>& excluded, SoftkeyL
                     continue;
                 CTXMLSoftkey copy = k;
                 if (copy.position + 1 >= capacity) {
+                    // Every key past the page shares its last place, and so one flyout.
+                    copy.position = capacity - 1;
                     if (!overflowStart) {
-                        copy.position = capacity - 1;
                         std::strcpy(copy.groupLabel, " ");
                         overflowStart = true;
                     } else if (merged.count > 0) {

@@ -215,6 +215,16 @@ private slots:
         host.bar->setIsPhoneLocked(false);
         click(host.bar->button(0));
         QCOMPARE(entries(), QStringList({"Place a call", "Directory", "Emergency", "Full menu"}));
+        click(host.bar->button(0));
+
+        // Keys past the page all go to its last place, one flyout under a blank label.
+        host.deliver(keys({key("Full menu", "softkey:542-Menu", 0, "group=\"Menu\""), key("B", "b", 1),
+                           key("C", "c", 2), key("D", "d", 3), key("E", "e", 4), key("F", "f", 5)}));
+        QCOMPARE(row(host.bar).mid(0, 5), QStringList({"Menu", "B", "C", " ", "-"}));
+        const CTXMLSoftkey& last = host.bar->softkeys()[host.bar->overlapMap().value(3)];
+        QCOMPARE(last.flyout.count(), 3);
+        QCOMPARE(QByteArray(last.flyout[2].label), QByteArray("F"));
+        QCOMPARE(int(last.flyout[2].icon.id), 312);
     }
 
     void keysOnOnePlaceOpenAFlyoutAboveTheKey()
