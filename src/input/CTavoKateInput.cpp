@@ -149,12 +149,14 @@ bool CTavoKateInput::handleKeyEvent(int key, bool pressed)
 {
     if (!m_activated)
         activate();
-    if (key > 11 || key < 0)
+    if (key > 11)
         return false;
     if (!pressed)
         return true;
 
-    const bool inKeymap = key < m_keymap.size() && !m_keymap.at(key).isEmpty();
+    // A key below 0 (a non-dial-pad key fed by hand) is outside the keymap like
+    // an empty one: it restarts the time-out and steps a pending mark below.
+    const bool inKeymap = key >= 0 && key < m_keymap.size() && !m_keymap.at(key).isEmpty();
     if (key != m_currentKey && inKeymap) {
         if (m_focusedChar && (m_encoding == InputEncodingUnicode || m_useInputMethod)) {
             // The other key settles the pending character first.
@@ -336,10 +338,9 @@ void CTavoKateInput::onModeSelected(const char* name)
 
 void CTavoKateInput::onEncodingSelected(InputEncodingT encoding)
 {
-    if (encoding < InputEncodingASCII || encoding > InputEncodingNone) {
-        guiLog(2, "CTavoKateInput: encoding %d unknown, using ASCII", int(encoding));
-        encoding = InputEncodingASCII;
-    }
+    // An unknown number takes the ASCII letters but is kept as the encoding.
+    if (encoding < InputEncodingASCII || encoding > InputEncodingNone)
+        guiLog(2, "CTavoKateInput: encoding %d unknown, using the ASCII letters", int(encoding));
     CTavoKateMap& letters = CTavoKateMap::alphanumericMap();
     switch (encoding) {
     case InputEncodingLatin:

@@ -129,7 +129,8 @@ signals:
 public slots:
     void onTimeout();
 
-protected:
+public:
+    // Part of the cluster's interface: owners feed it events and paint it directly.
     bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 

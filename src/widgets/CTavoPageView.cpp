@@ -208,22 +208,23 @@ void CTavoPageView::onScrollingStopped()
 
 void CTavoPageView::scrollToPage(int page, bool animated)
 {
-    if (page < 0 || page >= m_pageCount) {
-        updateScrollControlVisibility();
-        return;
+    if (page >= 0 && page < m_pageCount) {
+        m_programmaticScroll = true;
+        if (page != m_currentPage) {
+            m_currentPage = page;
+            emit pageChanged(m_currentPage, m_pageCount);
+        }
+        setTargetOffset(QPoint(pageOffset(page), scrollOffset().y()), animated, float(m_initialScrollVelocity),
+                        true);
+        if (m_scrollBar)
+            m_scrollBar->Hide(false);
+        if (isBeingScrolled())
+            onScrollingStopped();
+        else
+            m_programmaticScroll = false;  // a jump is over as soon as it is made
     }
-    m_programmaticScroll = true;
-    if (page != m_currentPage) {
-        m_currentPage = page;
-        emit pageChanged(m_currentPage, m_pageCount);
-    }
-    setTargetOffset(QPoint(pageOffset(page), scrollOffset().y()), animated, float(m_initialScrollVelocity), true);
-    if (m_scrollBar)
-        m_scrollBar->Hide(false);
-    if (isBeingScrolled())
-        onScrollingStopped();
-    else
-        m_programmaticScroll = false;  // a jump is over as soon as it is made
+    // The bar hidden for the move comes back for a view of several pages, also after a jump.
+    updateScrollControlVisibility();
 }
 
 void CTavoPageView::scrollToNextPage(int delta, bool animated)

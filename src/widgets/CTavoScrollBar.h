@@ -85,8 +85,11 @@ public slots:
     void onAutoHideTimeout();
     void onAutoRepeatTimeout();
 
-protected:
+public:
+    // Installed on the host surface; public as QObject's is.
     bool eventFilter(QObject* object, QEvent* event) override;
+
+protected:
     bool handleMouseMoveEvent(const QPoint& point);
     void relayout();
     // Moves the hide time to one interval from now. The timer stays registered

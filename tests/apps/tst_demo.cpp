@@ -888,6 +888,29 @@ private slots:
         // phone's list is shorter (three entries), the unlocked one fills the flyout.
         QVERIFY2(unlocked.left() <= 8 && unlocked.right() < 400 && unlocked.top() < 220, qPrintable(box(unlocked)));
         QVERIFY2(locked.left() <= 8 && locked.right() < 400 && locked.top() > unlocked.top() + 10, qPrintable(box(locked)));
+        // The focused first entry, "Place a call", shows its drawn icon (white art)
+        // left of the label, not the repository's placeholder (grey dashes and the
+        // icon's number), on either phone.
+        const QRgb focusedRow = qRgb(48, 110, 190);
+        for (const char* name : {"menu-unlocked-flyout", "menu-locked-flyout"}) {
+            const QImage image = step(name);
+            int top = -1;
+            for (int y = 200; y < 416 && top < 0; ++y)
+                top = image.pixel(150, y) == focusedRow ? y : -1;
+            QVERIFY2(top > 0, name);
+            int white = 0;
+            int placeholderGrey = 0;
+            for (int y = top; y < top + 40; ++y) {
+                for (int x = 4; x < 54; ++x) {
+                    const QRgb c = image.pixel(x, y);
+                    white += qRed(c) > 220 && qGreen(c) > 220 && qBlue(c) > 220;
+                    placeholderGrey += qAbs(qRed(c) - 0x8a) <= 12 && qAbs(qGreen(c) - 0x94) <= 12
+                        && qAbs(qBlue(c) - 0xa6) <= 12;
+                }
+            }
+            QVERIFY2(white > 100 && placeholderGrey == 0,
+                     qPrintable(QString("%1: %2 white, %3 grey").arg(name).arg(white).arg(placeholderGrey)));
+        }
         // The lock changed nothing on the screen until the key was pressed.
         const QRect lockedRow = diffBox(step("menu-unlocked"), step("menu-locked"), statusStrip);
         QVERIFY2(lockedRow.isEmpty() || QRect(0, 416, 800, 64).contains(lockedRow), qPrintable(box(lockedRow)));

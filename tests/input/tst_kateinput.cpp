@@ -155,7 +155,7 @@ private slots:
         QTest::newRow("Unicode") << InputEncodingUnicode << rows({"5", "1", "1", "2ABC", "2ABC"}) << "0F" << 16;
         QTest::newRow("ASCII") << InputEncodingASCII << rows({"jkl5", "!|'^@:1", "!|'^@:1", "abc2", "ABC2"})
                                << QString() << 0;
-        // An unknown value reads as ASCII.
+        // An unknown value takes the ASCII letters and is kept as the encoding.
         QTest::newRow("value 9") << InputEncodingT(9) << rows({"jkl5", "!|'^@:1", "!|'^@:1", "abc2", "ABC2"})
                                  << QString() << 0;
     }
@@ -170,7 +170,7 @@ private slots:
         const QStringList lower = s.kate.keymap();
         QCOMPARE(QStringList({lower[5], lower[1]}), keys.mid(0, 2));
         QCOMPARE(lower[2], keys[3]);
-        QCOMPARE(int(s.kate.encoding()), encoding < InputEncodingNone ? int(encoding) : 0);
+        QCOMPARE(s.kate.encoding(), encoding);
         s.kate.onModeSelected(InputModeCapitalised);
         QCOMPARE(s.kate.keymap()[1], keys[2]);
         QCOMPARE(s.kate.keymap()[2], keys[4]);
@@ -343,8 +343,11 @@ private slots:
                                 << false;
         QTest::newRow("key 99 while tapping") << InputModeLower << InputEncodingASCII << QList<int>{2} << 99 << false
                                               << QStringList({"a"}) << true;
-        QTest::newRow("negative key") << InputModeLower << InputEncodingASCII << QList<int>() << -3 << false
-                                      << QStringList() << false;
+        // Below 0 is outside the keymap, not refused.
+        QTest::newRow("negative key") << InputModeLower << InputEncodingASCII << QList<int>() << -3 << true
+                                      << QStringList() << true;
+        QTest::newRow("negative key while tapping") << InputModeLower << InputEncodingASCII << QList<int>{2} << -1
+                                                    << true << QStringList({"a", "~b"}) << true;
         // Keys without candidates restart the time-out and step a pending mark.
         QTest::newRow("key 11 in 123") << InputModeNumeric << InputEncodingASCII << QList<int>() << 11 << true
                                        << QStringList() << true;
@@ -531,9 +534,13 @@ private slots:
         QCOMPARE(s.typed, QStringList({"a", "~b"}));
         QKeyEvent release(QEvent::KeyRelease, Qt::Key_2, Qt::KeypadModifier, "2");
         s.kate.onInputKeyEventReceived(&release);
+        // A key off the dial pad steps the pending mark like any key outside the keymap.
+        QKeyEvent left(QEvent::KeyPress, Qt::Key_Left, Qt::NoModifier);
+        s.kate.onInputKeyEventReceived(&left);
+        QCOMPARE(s.typed, QStringList({"a", "~b", "~c"}));
         QKeyEvent other(QEvent::KeyPress, Qt::Key_A, Qt::NoModifier, "a");
         s.kate.onInputKeyEventReceived(&other);
-        QCOMPARE(s.typed.size(), 2);
+        QCOMPARE(s.typed.size(), 3);
         QKeyEvent del(QEvent::KeyPress, Qt::Key_Backspace, Qt::NoModifier);
         s.kate.onInputKeyEventReceived(&del);
         QVERIFY(!s.kate.isVisible());

@@ -202,6 +202,7 @@ private slots:
         p.view->scrollToNextPage(-1, false);
         QCOMPARE(p.view->scrollOffset().x(), 400);
         QVERIFY(!p.view->isProgrammaticScroll());
+        QVERIFY(p.view->scrollBar()->isVisible());  // hidden for the move, back after the jump
         // Out of range: only the bar is refreshed.
         p.view->scrollBar()->Hide(false);
         p.changes.clear();

@@ -4,6 +4,7 @@
 // block and the tiles' places are proven on the demo's pixels.
 #include <QtTest>
 
+#include <QPainter>
 #include <QSvgRenderer>
 
 #include "style/CTavoIconRepository.h"
@@ -117,6 +118,62 @@ private slots:
         QPixmap* missing = iconRepository[QString("Alerts")].getImage(&placeholder, false);
         QVERIFY(placeholder);
         QVERIFY(missing && !missing->isNull());
+    }
+
+    // The menu flyout's entries ask for icons the table names with ".png": raster
+    // files, loaded as they are. Each is shipped at the flyout's icon size, so it
+    // is drawn 1:1, and is the rendering of its drawn source in icons/src (the
+    // way scripts/render-icons.sh makes it), so art and file cannot drift apart.
+    void flyoutRasterIconsAreFilesRenderedFromTheirSources()
+    {
+        CTavoStyleSheet sheet;
+        load(sheet, "flyout");
+        CTavoWidgetStyle* cell = sheet.get("CTavoIcon#flyout-item-icon");
+        QVERIFY(cell);
+        const QSize size = cell->Size("size");
+        QCOMPARE(size, QSize(28, 28));
+
+        iconRepository.setIconPath(QString());
+        iconRepository.clear();
+        QDir sources("Skins/common/icons/src");
+        QStringList drawn = sources.entryList({"*.svg"}, QDir::Files, QDir::Name);
+        QStringList shipped;
+        for (int number : {340, 341, 347, 348}) {
+            const QString name = iconRepository.iconName(number);
+            QVERIFY2(name.endsWith(".png"), qPrintable(name));
+            shipped << QFileInfo(name).completeBaseName() + ".svg";
+            CIconResource& icon = iconRepository[number];
+            QCOMPARE(icon.getType(), 1);
+            bool placeholder = false;
+            QPixmap* pixmap = icon.getImage(&placeholder, false);
+            QVERIFY2(!placeholder && pixmap && pixmap->size() == size, qPrintable(name));
+
+            QSvgRenderer source(sources.filePath(shipped.last()));
+            QVERIFY2(source.isValid(), qPrintable(shipped.last()));
+            QImage expected(size, QImage::Format_ARGB32_Premultiplied);
+            expected.fill(Qt::transparent);
+            QPainter painter(&expected);
+            source.render(&painter);
+            painter.end();
+            const QImage actual = pixmap->toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied);
+            int worst = 0;
+            int drawnPixels = 0;
+            for (int y = 0; y < size.height(); ++y) {
+                for (int x = 0; x < size.width(); ++x) {
+                    const QRgb a = actual.pixel(x, y);
+                    const QRgb e = expected.pixel(x, y);
+                    worst = qMax(worst, qMax(qAbs(qAlpha(a) - qAlpha(e)), qAbs(qGray(a) - qGray(e))));
+                    drawnPixels += qAlpha(a) > 128;
+                }
+            }
+            // Another Qt build may round an edge pixel a little differently, never more.
+            QVERIFY2(worst <= 24 && drawnPixels > 60,
+                     qPrintable(QString("%1: differs by %2, %3 drawn").arg(name).arg(worst).arg(drawnPixels)));
+        }
+        // Every drawn source is shipped, and nothing else lies there.
+        shipped.sort();
+        QCOMPARE(drawn, shipped);
+        iconRepository.clear();
     }
 };
 

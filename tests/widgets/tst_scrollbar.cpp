@@ -215,6 +215,9 @@ private slots:
         s.bar->Hide(false);
         s.mouse(QEvent::MouseButtonPress, QPoint(95, 150));
         QVERIFY(s.bar->isVisible());
+        // The filter itself never consumes, not even on the bar.
+        QMouseEvent press(QEvent::MouseButtonPress, QPointF(95, 10), Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+        QVERIFY(!s.bar->eventFilter(&s.widget, &press));
         s.mouse(QEvent::MouseButtonRelease, QPoint(95, 150));
     }
 
