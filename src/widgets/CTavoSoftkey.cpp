@@ -303,8 +303,9 @@ void CTavoSoftkey::set(const CTXMLSoftkeys& keys, QList<int>& excluded, SoftkeyL
                     continue;
                 CTXMLSoftkey copy = k;
                 if (copy.position + 1 >= capacity) {
+                    // Every key past the page shares its last place, and so one flyout.
+                    copy.position = capacity - 1;
                     if (!overflowStart) {
-                        copy.position = capacity - 1;
                         std::strcpy(copy.groupLabel, " ");
                         overflowStart = true;
                     } else if (merged.count > 0) {
@@ -358,7 +359,7 @@ void CTavoSoftkey::set(const CTXMLSoftkeys& keys, QList<int>& excluded, SoftkeyL
                     createButtons(next + 1);
                     TavoButtonSettings settings = CTXMLDataConverter::getButtonDefFromXml(&m_softkeys[index]);
                     if (next < m_buttons.size())
-                        initButton(m_buttons[next], settings, QString(), QString());
+                        initButton(m_buttons[next], settings, getPseudostateForUrl(uriText(TxmlUriMore)), QString());
                     moreAdded = true;
                     ++next;
                     --i;
@@ -537,8 +538,8 @@ void CTavoSoftkey::mocSoftkeys(const CTXMLSoftkeys& keys, const QList<int>& excl
             CTXMLSoftkey& slot = m_softkeys[i];
             slot = k;
             slot.flyout.reset();
-            if (k.groupLabel[0])
-                txml::copyText(slot.label, sizeof slot.label, k.groupLabel);
+            // A choice key is named by its group; its own label lists the choices.
+            txml::copyText(slot.label, sizeof slot.label, k.groupLabel);
             const QStringList values = QString::fromUtf8(k.valueList).split(QLatin1Char(';'));
             const QStringList labels = QString::fromUtf8(k.label).split(QLatin1Char(';'));
             if (values.size() == labels.size() && !values.isEmpty()) {
@@ -1163,8 +1164,9 @@ void CTavoSoftkey::evaluatePermanentSoftkeyVisibilities(const CTXMLSoftkeys& key
         for (const char* uri : uris)
             removeItemWithUri(list, QString::fromLatin1(uri));
     };
+    // With a URI listed twice, the later entry is the one relabelled.
     auto indexOf = [&list](const char* uri) {
-        for (int i = 0; i < list.size(); ++i)
+        for (int i = list.size() - 1; i >= 0; --i)
             if (list.at(i).second == QLatin1String(uri))
                 return i;
         return -1;

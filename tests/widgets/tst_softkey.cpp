@@ -215,6 +215,16 @@ private slots:
         host.bar->setIsPhoneLocked(false);
         click(host.bar->button(0));
         QCOMPARE(entries(), QStringList({"Place a call", "Directory", "Emergency", "Full menu"}));
+        click(host.bar->button(0));
+
+        // Keys past the page all go to its last place, one flyout under a blank label.
+        host.deliver(keys({key("Full menu", "softkey:542-Menu", 0, "group=\"Menu\""), key("B", "b", 1),
+                           key("C", "c", 2), key("D", "d", 3), key("E", "e", 4), key("F", "f", 5)}));
+        QCOMPARE(row(host.bar).mid(0, 5), QStringList({"Menu", "B", "C", " ", "-"}));
+        const CTXMLSoftkey& last = host.bar->softkeys()[host.bar->overlapMap().value(3)];
+        QCOMPARE(last.flyout.count(), 3);
+        QCOMPARE(QByteArray(last.flyout[2].label), QByteArray("F"));
+        QCOMPARE(int(last.flyout[2].icon.id), 312);
     }
 
     void keysOnOnePlaceOpenAFlyoutAboveTheKey()
@@ -305,8 +315,11 @@ private slots:
     {
         Host host("");
         host.deliver(keys({key("Low;Mid;High", "volume", 0, "values=\"1;2;3\" group=\"Volume\" default=\"1\""),
-                           key("A;B", "broken", 1, "values=\"1;2;3\" group=\"Broken\"")}));
-        QCOMPARE(row(host.bar), QStringList({"Volume", "Broken"}));
+                           key("A;B", "broken", 1, "values=\"1;2;3\" group=\"Broken\""),
+                           key("X;Y", "nogroup", 2, "values=\"x;y\"")}));
+        // A choice key shows its group label, even an empty one.
+        QCOMPARE(row(host.bar), QStringList({"Volume", "Broken", ""}));
+        QCOMPARE(host.bar->softkeys()[2].flyout.count(), 2);
         const CTXMLSoftkey& volume = host.bar->softkeys()[0];
         QCOMPARE(volume.flyout.count(), 3);
         QCOMPARE(QByteArray(volume.flyout[2].label), QByteArray("High"));
@@ -433,6 +446,12 @@ private slots:
         // The empty alternative of the "green" pattern matches every URL at its start.
         for (const char* url : {"softkey:1-Answer", "softkey:14-End", "anything"})
             QCOMPARE(host.bar->getPseudostateForUrl(url), QString("green"));
+        // A More key within the row is coloured like any key; the one ending the last page is not.
+        Host paged("put-more-sk-at-page-end: true;");
+        paged.bar->setCallStateColorStyles();
+        paged.deliver(sixKeys());
+        QCOMPARE(paged.bar->button(3)->pseudoState(), QString("green"));
+        QCOMPARE(paged.bar->button(7)->pseudoState(), QString());
     }
 
     void labelsOfARowStayWithinTwoPointsOfTheSmallest()

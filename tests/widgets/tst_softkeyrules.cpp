@@ -232,6 +232,11 @@ private slots:
         bar.evaluatePermanentSoftkeyVisibilities(documentWith({"softkey:539-V"}), list);
         QCOMPARE(list.value(0).first, QString("Disable Self View"));
         QCOMPARE(list.value(1).first, QString("Start My Video"));
+        // A URI listed twice: only the later entry is relabelled.
+        list = listOf({"selfview", "selfview"});
+        bar.evaluatePermanentSoftkeyVisibilities(documentWith({"softkey:539-V"}), list);
+        QCOMPARE(list.value(0).first, QString("SELFVIEW"));
+        QCOMPARE(list.value(1).first, QString("Disable Self View"));
         // Every pair of a URI goes; unknown URIs stay.
         QList<QPair<QString, QString>> twice = listOf({"a", "b", "a"});
         details::removeItemWithUri(twice, "a");
