@@ -107,7 +107,9 @@ public slots:
     void onShown();
     void aboutToBeHidden();
 
-protected:
+public:
+    // The surface's own event entries are open, so that a host or a test driver
+    // can hand it an event directly as well as through the event loop.
     bool event(QEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -117,6 +119,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
+protected:
     void basicLayout();
     void layoutBackground(CTavoWidgetStyle* style);
     void applyTextStyleToAllLabels(CTavoWidgetStyle* style);
